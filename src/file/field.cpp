@@ -1,0 +1,158 @@
+#include "file/field.h"
+
+#include <array>
+#include <cstring>
+
+#include "run/console.h"
+
+namespace ugf {
+
+namespace {
+
+// A direct-mapped cache of file pages. Each entry remembers which stream
+// (by generation) and which page it holds, and how many bytes of the page the
+// file has: a page shorter than PAGE_SIZE is the end of the file.
+constexpr std::size_t PAGE_SIZE = 4096;
+constexpr std::size_t PAGE_COUNT = 512;  // 2 MiB in all
+
+struct Page {
+    std::uint32_t generation = 0;
+    std::uint64_t number = 0;
+    std::size_t length = 0;
+    std::array<std::uint8_t, PAGE_SIZE> bytes{};
+};
+
+std::array<Page, PAGE_COUNT> page_cache;
+std::uint32_t next_generation = 0;
+
+int seek_to(std::FILE* file, std::uint64_t offset) {
+#if defined(_WIN32)
+    return _fseeki64(file, static_cast<__int64>(offset), SEEK_SET) == 0;
+#else
+    if (offset > static_cast<std::uint64_t>(INT64_MAX)) return 0;
+    return fseeko(file, static_cast<off_t>(offset), SEEK_SET) == 0;
+#endif
+}
+
+// The page holding `offset`, or nullptr when the seek to it fails.
+const Page* fetch_page(DlStream& stream, std::uint64_t offset) {
+    const std::uint64_t number = offset / PAGE_SIZE;
+    Page& page = page_cache[number % PAGE_COUNT];
+    if (page.generation == stream.generation && page.number == number) return &page;
+    if (stream.file == nullptr || !seek_to(stream.file, number * PAGE_SIZE)) return nullptr;
+    page.generation = stream.generation;
+    page.number = number;
+    page.length = std::fread(page.bytes.data(), 1, PAGE_SIZE, stream.file);
+    std::clearerr(stream.file);
+    return &page;
+}
+
+}  // namespace
+
+int dl_open(DlStream& stream, const char* path) {
+    stream.file = std::fopen(path, "r+b");
+    if (stream.file == nullptr) return 0;
+    // The cache does the buffering; stdio's own buffer would only copy twice.
+    std::setvbuf(stream.file, nullptr, _IONBF, 0);
+    stream.generation = ++next_generation;
+    return 1;
+}
+
+void dl_close(DlStream& stream) {
+    if (stream.file != nullptr) std::fclose(stream.file);
+    stream.file = nullptr;
+    stream.generation = 0;
+}
+
+std::uint8_t read_u8(DlStream& stream, std::uint64_t offset, int* ok) {
+    *ok = 0;
+    const Page* page = fetch_page(stream, offset);
+    if (page == nullptr) {
+        print_console("ERROR: FS_SEEK_ERROR.\n");
+        return 0;
+    }
+    const std::size_t at = static_cast<std::size_t>(offset % PAGE_SIZE);
+    if (at >= page->length) {
+        print_console("ERROR: FS_READ_ERROR.\n");
+        return 0;
+    }
+    *ok = 1;
+    return page->bytes[at];
+}
+
+namespace {
+
+// n big-endian bytes, stopping at the first failed byte.
+std::uint32_t read_be(DlStream& stream, std::uint64_t offset, int n, int* ok) {
+    std::uint32_t value = 0;
+    for (int i = 0; i < n; ++i) {
+        std::uint8_t byte = read_u8(stream, offset + static_cast<std::uint64_t>(i), ok);
+        if (*ok == 0) return 0;
+        value = (value << 8) | byte;
+    }
+    return value;
+}
+
+}  // namespace
+
+std::uint16_t read_u16_be(DlStream& stream, std::uint64_t offset, int* ok) {
+    return static_cast<std::uint16_t>(read_be(stream, offset, 2, ok));
+}
+
+std::uint32_t read_u24_be(DlStream& stream, std::uint64_t offset, int* ok) {
+    return read_be(stream, offset, 3, ok);
+}
+
+std::uint32_t read_u32_be(DlStream& stream, std::uint64_t offset, int* ok) {
+    return read_be(stream, offset, 4, ok);
+}
+
+std::uint64_t read_u40_be(DlStream& stream, std::uint64_t offset, int* ok) {
+    std::uint32_t high = read_u32_be(stream, offset, ok);
+    if (*ok == 0) return 0;
+    std::uint8_t low = read_u8(stream, offset + 4, ok);
+    if (*ok == 0) return 0;
+    return static_cast<std::uint64_t>(static_cast<std::uint32_t>(high << 8) | low);
+}
+
+int read_text(DlStream& stream, std::uint64_t offset, char* dst, std::size_t dst_size,
+              std::uint16_t max) {
+    if (dst_size == 0) return 0;
+    std::size_t kept = 0;
+    int remaining = max == 0 ? 1 : max;
+    for (std::uint64_t at = offset;; ++at) {
+        int ok = 0;
+        std::uint8_t c = read_u8(stream, at, &ok);
+        if (ok == 0) {
+            dst[kept] = '\0';
+            return 0;
+        }
+        if (c == 0) {
+            dst[kept] = '\0';
+            return 1;
+        }
+        if (kept + 1 < dst_size) dst[kept++] = static_cast<char>(c);
+        if (--remaining == 0) {
+            dst[kept] = '\0';
+            return 0;
+        }
+    }
+}
+
+std::size_t read_block(DlStream& stream, std::uint64_t offset, std::uint8_t* dst,
+                       std::size_t n) {
+    std::size_t done = 0;
+    while (done < n) {
+        const Page* page = fetch_page(stream, offset + done);
+        if (page == nullptr) return done;
+        const std::size_t at = static_cast<std::size_t>((offset + done) % PAGE_SIZE);
+        if (at >= page->length) return done;
+        std::size_t take = page->length - at;
+        if (take > n - done) take = n - done;
+        std::memcpy(dst + done, page->bytes.data() + at, take);
+        done += take;
+    }
+    return done;
+}
+
+}  // namespace ugf

@@ -1,0 +1,57 @@
+// The box of up to four dimensions that a survey lays out, the bijection
+// between a position and a storage index, and the four walk patterns.
+// Dimension 0 moves fastest in storage and stands last in an identifier.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+namespace ugf {
+
+struct IdCursor {
+    std::array<std::int64_t, 4> dim_size{};      // 0: dimension not in use
+    std::array<std::int64_t, 4> dim_position{};  // 0 .. dim_size - 1
+};
+
+enum WalkPattern : std::int32_t {
+    WALK_STANDARD = 0,
+    WALK_REVERSE = 1,
+    WALK_ZIGZAG = 2,
+    WALK_REVERSE_ZIGZAG = 3,
+};
+
+inline constexpr std::int32_t FILE_TYPE_4D_MANUAL = 12;
+
+// ((p3 x s2 + p2) x s1 + p1) x s0 + p0; the sizes may be anything a damaged
+// header gives, the arithmetic wraps instead of overflowing.
+std::int64_t cursor_flat_index(const IdCursor& cursor);
+
+// Sets the positions from a storage index (positions of unused dimensions
+// stay as they are).
+void cursor_seek(IdCursor& cursor, std::int64_t index);
+
+// Moves dimension number - 1 by delta; 1 when it wrapped, else 0.
+int cursor_step_dimension(IdCursor& cursor, int number, std::int16_t delta);
+
+// Increment fields count dimensions from 1; 0 (or above 4) is an empty place.
+void cursor_walk_linear(IdCursor& cursor, std::uint8_t first_inc, std::uint8_t second_inc,
+                        std::uint8_t third_inc, std::int16_t delta, std::int32_t file_type,
+                        std::uint8_t fourth_inc);
+void cursor_walk_zigzag_four(IdCursor& cursor, std::uint8_t first_inc, std::uint8_t second_inc,
+                             std::uint8_t third_inc, std::uint8_t fourth_inc);
+void cursor_walk_reverse_zigzag_three(IdCursor& cursor, std::uint8_t first_inc,
+                                      std::uint8_t second_inc, std::uint8_t third_inc);
+void cursor_walk_reverse_zigzag_four(IdCursor& cursor, std::uint8_t first_inc,
+                                     std::uint8_t second_inc, std::uint8_t third_inc,
+                                     std::uint8_t fourth_inc);
+
+// One step of the walk in the given pattern; a pattern above 3 moves nothing.
+void cursor_walk(IdCursor& cursor, std::uint8_t first_inc, std::uint8_t second_inc,
+                 std::uint8_t third_inc, std::int32_t walk_pattern, std::int32_t file_type,
+                 std::uint8_t fourth_inc);
+
+// Number of test points: the product of the sizes from dimension 0 upward,
+// ending at the first size of 0; the low 32 bits.
+std::uint32_t point_total_of(const IdCursor& cursor);
+
+}  // namespace ugf

@@ -1,0 +1,62 @@
+// Identifier assembly: from a prefix, start and end texts, steps (or manual
+// label counts) and the cursor, the text of each dimension and of a whole
+// test point.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "ident/cursor.h"
+#include "ident/id_text.h"
+
+namespace ugf {
+
+struct IdDimension {
+    char start_text[ID_TEXT_SIZE] = {};
+    char end_text[ID_TEXT_SIZE] = {};
+    char current_text[ID_TEXT_SIZE] = {};
+    std::int32_t step = 0;  // 0: the dimension is not in use
+};
+
+struct IdSpec {
+    char prefix[ID_TEXT_SIZE] = {};
+    std::array<IdDimension, 4> dims{};
+    IdCursor cursor{};
+};
+
+// A label operation: the text of a position of a dimension (custom point
+// labels, manual labels). The text stays valid until the next label call.
+struct LabelOp {
+    const char* (*label)(void* context, std::uint16_t position, int dimension) = nullptr;
+    void* context = nullptr;
+};
+
+// Ranged dimensions 0, 1, 2 from start and end texts and steps.
+void id_spec_init_ranges(IdSpec& spec, const char* prefix, const char* const start[3],
+                         const char* const end[3], const std::int32_t step[3]);
+
+// Manual dimensions: sizes are the label counts, texts "S1".."S4", "E1".."E4".
+void id_spec_init_manual(IdSpec& spec, const std::int64_t size[4], const std::int32_t step[4],
+                         std::int32_t file_type);
+
+void id_dimension_refresh(IdDimension& dim, std::int32_t file_type, std::int64_t offset);
+void id_spec_refresh(IdSpec& spec, std::int32_t file_type);
+
+// Joins the dimension texts (from the highest used one down) into out, which
+// holds ID_TEXT_SIZE bytes; longer results are cut to ID_TEXT_MAX characters.
+// label and suffix may be nullptr.
+void id_spec_compose(const IdSpec& spec, char* out, int with_prefix, const LabelOp* label,
+                     const char* suffix, int suffix_dimension, std::int32_t file_type);
+
+// current_text of the dimension into out (ID_TEXT_SIZE bytes).
+void id_spec_dimension_text(const IdSpec& spec, char* out, int dimension, std::int32_t file_type);
+
+// "", "IN", "FT", "MM", "M" for 0 to 4; "" above.
+const char* elevation_unit_text(std::int64_t elevation_unit);
+
+// One step of the walk with the texts refreshed; the new storage index.
+std::int64_t id_spec_advance(IdSpec& spec, std::uint8_t first_inc, std::uint8_t second_inc,
+                             std::uint8_t third_inc, std::int32_t walk_pattern,
+                             std::int32_t file_type, std::uint8_t fourth_inc);
+
+}  // namespace ugf

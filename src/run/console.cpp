@@ -1,0 +1,70 @@
+#include "run/console.h"
+
+#include <cstdarg>
+#include <cstring>
+
+namespace ugf {
+
+void print_console(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    std::vprintf(format, args);
+    va_end(args);
+}
+
+int format_text(char* buf, std::size_t size, const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    int n = std::vsnprintf(buf, size, format, args);
+    va_end(args);
+    if (n < 0) return -1;
+    if (size == 0) return 0;
+    return static_cast<std::size_t>(n) < size ? n : static_cast<int>(size - 1);
+}
+
+int format_text_bounded(char* buf, std::size_t size, const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    int n = std::vsnprintf(buf, size, format, args);
+    va_end(args);
+    return n < 0 ? -1 : n;
+}
+
+std::size_t collapse_percent_pairs(std::string_view text, char* out) {
+    std::size_t n = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        out[n++] = text[i];
+        if (text[i] == '%' && i + 1 < text.size() && text[i + 1] == '%') ++i;
+    }
+    return n;
+}
+
+namespace {
+
+// Writes text to one stream with the percent pass, without copying the text
+// when it holds no percent sign (the usual case).
+void write_collapsed(std::string_view text, std::FILE* stream) {
+    std::size_t start = 0;
+    while (start < text.size()) {
+        const void* hit = std::memchr(text.data() + start, '%', text.size() - start);
+        if (hit == nullptr) {
+            std::fwrite(text.data() + start, 1, text.size() - start, stream);
+            return;
+        }
+        std::size_t at = static_cast<std::size_t>(static_cast<const char*>(hit) - text.data());
+        // Write up to and including this "%"; skip its partner if it has one.
+        std::fwrite(text.data() + start, 1, at + 1 - start, stream);
+        start = at + 1;
+        if (start < text.size() && text[start] == '%') ++start;
+    }
+}
+
+}  // namespace
+
+int csv_write(std::string_view text, CsvSink& sink) {
+    if (sink.verbose_output != 0) write_collapsed(text, stdout);
+    if (sink.stream != nullptr) write_collapsed(text, sink.stream);
+    return 1;
+}
+
+}  // namespace ugf

@@ -1,0 +1,83 @@
+#include "support/scratch.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace ugf::test {
+
+#ifndef UGF2CSV_BINARY
+#define UGF2CSV_BINARY "ugf2csv"
+#endif
+
+ScratchDir::ScratchDir() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "ugf2csv-XXXXXX").string();
+    if (mkdtemp(pattern.data()) != nullptr) path = pattern;
+}
+
+ScratchDir::~ScratchDir() {
+    std::error_code ignored;
+    if (!path.empty()) std::filesystem::remove_all(path, ignored);
+}
+
+std::optional<std::string> read_file(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) return std::nullopt;
+    std::ostringstream content;
+    content << in.rdbuf();
+    return content.str();
+}
+
+RunResult run_converter_binary(const std::vector<std::string>& args, const std::string& workdir) {
+    ScratchDir capture;
+    const std::string out_path = capture.file("stdout");
+    const std::string err_path = capture.file("stderr");
+    // The binary can be replaced, for instance by a cross-built one run under
+    // an emulator: UGF2CSV_BINARY names it, UGF2CSV_WRAPPER the launcher.
+    const char* binary = std::getenv("UGF2CSV_BINARY");
+    if (binary == nullptr) binary = UGF2CSV_BINARY;
+    const char* wrapper = std::getenv("UGF2CSV_WRAPPER");
+
+    std::vector<std::string> argv_text;
+    if (wrapper != nullptr && *wrapper != '\0') argv_text.push_back(wrapper);
+    argv_text.push_back(binary);
+    argv_text.insert(argv_text.end(), args.begin(), args.end());
+    std::vector<char*> argv;
+    for (std::string& a : argv_text) argv.push_back(a.data());
+    argv.push_back(nullptr);
+
+    RunResult result;
+    pid_t pid = fork();
+    if (pid == 0) {
+        if (!workdir.empty() && chdir(workdir.c_str()) != 0) _exit(127);
+        int out = open(out_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        int err = open(err_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        int in = open("/dev/null", O_RDONLY);
+        if (out < 0 || err < 0 || in < 0) _exit(127);
+        dup2(in, 0);
+        dup2(out, 1);
+        dup2(err, 2);
+        execvp(argv[0], argv.data());
+        _exit(127);
+    }
+    int wait_status = 0;
+    if (pid > 0 && waitpid(pid, &wait_status, 0) == pid && WIFEXITED(wait_status)) {
+        result.status = WEXITSTATUS(wait_status);
+    }
+    result.console = read_file(out_path).value_or("");
+    result.errors = read_file(err_path).value_or("");
+    return result;
+}
+
+std::string console_of_success(const std::string& echo) {
+    return "STATUS: Opening Datalogger Session...\n"
+           "STATUS: Exporting Data Logger File...\n" +
+           echo + "STATUS: Export done.\n";
+}
+
+}  // namespace ugf::test

@@ -1,0 +1,38 @@
+// Scratch folders, file contents, and runs of the real converter binary.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ugf::test {
+
+// A fresh folder under the system's temporary folder, removed at the end.
+struct ScratchDir {
+    std::string path;
+    ScratchDir();
+    ~ScratchDir();
+    ScratchDir(const ScratchDir&) = delete;
+    ScratchDir& operator=(const ScratchDir&) = delete;
+    std::string file(const std::string& name) const { return path + "/" + name; }
+};
+
+// The whole content of a file, or nothing when it doesn't exist.
+std::optional<std::string> read_file(const std::string& path);
+
+struct RunResult {
+    int status = -1;
+    std::string console;  // standard output
+    std::string errors;   // standard error (the converter never writes there)
+};
+
+// Runs the converter with these arguments (the program name is added) in the
+// folder `workdir`, or in the test's own folder when it is empty.
+RunResult run_converter_binary(const std::vector<std::string>& args,
+                               const std::string& workdir = "");
+
+// The console text of a run that opened the file and exported it: the three
+// status lines around `echo`.
+std::string console_of_success(const std::string& echo = "");
+
+}  // namespace ugf::test
