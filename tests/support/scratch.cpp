@@ -33,6 +33,29 @@ std::optional<std::string> read_file(const std::string& path) {
     return content.str();
 }
 
+std::string from_platform_text(const std::string& text) {
+    const char* crlf = std::getenv("UGF2CSV_CRLF");
+    if (crlf == nullptr || std::string(crlf) != "1") return text;
+    std::string plain;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') {
+            plain += '\n';
+            ++i;
+        } else if (text[i] == '\n') {
+            plain += "<LF>";
+        } else {
+            plain += text[i];
+        }
+    }
+    return plain;
+}
+
+std::optional<std::string> read_output(const std::string& path) {
+    std::optional<std::string> content = read_file(path);
+    if (content) content = from_platform_text(*content);
+    return content;
+}
+
 RunResult run_converter_binary(const std::vector<std::string>& args, const std::string& workdir) {
     ScratchDir capture;
     const std::string out_path = capture.file("stdout");
@@ -69,7 +92,7 @@ RunResult run_converter_binary(const std::vector<std::string>& args, const std::
     if (pid > 0 && waitpid(pid, &wait_status, 0) == pid && WIFEXITED(wait_status)) {
         result.status = WEXITSTATUS(wait_status);
     }
-    result.console = read_file(out_path).value_or("");
+    result.console = from_platform_text(read_file(out_path).value_or(""));
     result.errors = read_file(err_path).value_or("");
     return result;
 }

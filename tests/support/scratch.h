@@ -20,9 +20,17 @@ struct ScratchDir {
 // The whole content of a file, or nothing when it doesn't exist.
 std::optional<std::string> read_file(const std::string& path);
 
+// The content of a converter output file with the platform's line ends
+// turned back into "\n". On a build whose text streams end lines with
+// carriage return and line feed (UGF2CSV_CRLF=1 in the environment), every
+// line end must be "\r\n"; a bare "\n" shows as "<LF>" so that it fails the
+// comparison.
+std::optional<std::string> read_output(const std::string& path);
+std::string from_platform_text(const std::string& text);
+
 struct RunResult {
     int status = -1;
-    std::string console;  // standard output
+    std::string console;  // standard output, line ends as from_platform_text
     std::string errors;   // standard error (the converter never writes there)
 };
 
