@@ -1,0 +1,78 @@
+#include "store/record.h"
+
+#include <array>
+
+#include "run/console.h"
+
+namespace ugf {
+
+namespace {
+
+std::array<char, VELOCITY_TEXT_SIZE> velocity_text_buffer{};
+
+// Truncation toward zero into a signed 32-bit integer; a value outside that
+// range (or not a number) gives the lowest value, as x86 conversions do.
+std::int32_t truncate_to_i32(double value) {
+    if (!(value > -2147483649.0 && value < 2147483648.0)) return INT32_MIN;
+    return static_cast<std::int32_t>(value);
+}
+
+}  // namespace
+
+std::uint32_t slot_table_offset(std::int32_t file_type) {
+    return record_table_offset(file_type);
+}
+
+std::uint32_t slot_size(std::int32_t file_type) {
+    if (file_type == FILE_TYPE_MANUAL || file_type == FILE_TYPE_INCREMENTAL) return STORED_ID_SLOT_SIZE;
+    return RECORD_SIZE;
+}
+
+std::uint32_t reading_slot_offset(const DlSession& session, std::int64_t storage_index) {
+    const std::uint32_t index = static_cast<std::uint32_t>(storage_index);
+    return slot_table_offset(session.file_type) + index * slot_size(session.file_type);
+}
+
+int read_record_head(DlSession& session, ReadingRecord& record, std::uint64_t offset) {
+    FieldRun f{session.stream, offset};
+    record.word0 = f.u32(0);
+    if (f.ok == 0) return 0;
+    const std::uint32_t type = record_type(record);
+    if (type == RECORD_ASCAN_LINK || type == RECORD_BSCAN_LINK) {
+        record.word1 = f.u32(4);
+        return f.ok;
+    }
+    if (session.gage_type == GAGE_FLAW_DETECTOR) {
+        if (type == RECORD_READING || type == RECORD_BSCAN_BLOCK) {
+            record.word1 = f.u32(4);
+            record.word2 = f.u32(8);
+            record.word3 = f.u32(12);
+        }
+        return f.ok;
+    }
+    if (type == RECORD_READING || type == RECORD_ASCAN_BLOCK || type == RECORD_BSCAN_BLOCK) {
+        const std::uint32_t thickness_low = f.u16(4);
+        const std::uint32_t notes = f.u16(6);
+        record.word1 = (notes << 16) | thickness_low;
+        record.word2 = f.u32(8);
+        record.word3 = f.u32(12);
+    }
+    return f.ok;
+}
+
+void make_velocity_text(std::uint32_t velocity, std::uint32_t units) {
+    const float value = static_cast<float>(velocity);
+    char text[32];
+    if (units == 0) {
+        const float inch_per_us = value / 100000.0f;
+        format_text(text, sizeof text, "%.4f", static_cast<double>(inch_per_us));
+    } else {
+        const long metres_per_second = truncate_to_i32(static_cast<double>(value) * 0.254);
+        format_text(text, sizeof text, "%5ld", metres_per_second);
+    }
+    format_text(velocity_text_buffer.data(), velocity_text_buffer.size(), "%.6s", text);
+}
+
+const char* velocity_text() { return velocity_text_buffer.data(); }
+
+}  // namespace ugf

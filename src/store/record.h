@@ -1,0 +1,127 @@
+// Reading records: where the slot of a test point lies and what its 16 bytes
+// mean.
+//
+// The slot of storage index i lies at first slot + i x slot size (in 32-bit
+// arithmetic): 13376 and 16 for the manual types 10 to 12, 5376 and 37 for
+// types 8 and 9 (the record and the reading's own identifier), 5376 and 16
+// for every other type.
+//
+// The top three bits of the first word say what the slot holds. A reading
+// (1) holds its values; a link (2, 4) holds the file offset of an A-scan or a
+// B-scan block, whose head is a record of type 3 or 5. Gage types 5 and 6 use
+// the measurement layout behind the first word (u16 thick_lo, u16 note_mask,
+// u32 word2, u32 word3); gage type 7 stores three u32, the values of its
+// measurement boxes.
+#pragma once
+
+#include <cstdint>
+
+#include "file/session.h"
+
+namespace ugf {
+
+inline constexpr std::uint32_t RECORD_EMPTY = 0;
+inline constexpr std::uint32_t RECORD_READING = 1;
+inline constexpr std::uint32_t RECORD_ASCAN_LINK = 2;
+inline constexpr std::uint32_t RECORD_ASCAN_BLOCK = 3;
+inline constexpr std::uint32_t RECORD_BSCAN_LINK = 4;
+inline constexpr std::uint32_t RECORD_BSCAN_BLOCK = 5;
+
+inline constexpr std::uint32_t RECORD_SIZE = 16;
+inline constexpr std::uint32_t STORED_ID_SLOT_SIZE = 37;  // record and a 21-byte identifier
+inline constexpr std::uint16_t STORED_ID_READ_MAX = 21;
+
+// A raw thickness of this value marks a sound velocity reading.
+inline constexpr std::uint32_t THICKNESS_IS_VELOCITY = 0xFFFFA;
+
+inline constexpr int VELOCITY_TEXT_SIZE = 7;  // 6 characters and the terminator
+
+struct ReadingRecord {
+    std::uint32_t word0 = 0;
+    // Bytes 4 to 7: a link, the value of box 1 (gage type 7), or in the
+    // measurement layout note_mask << 16 | thick_lo (read as two u16).
+    std::uint32_t word1 = 0;
+    std::uint32_t word2 = 0;  // bytes 8 to 11
+    std::uint32_t word3 = 0;  // bytes 12 to 15
+};
+
+std::uint32_t slot_table_offset(std::int32_t file_type);
+std::uint32_t slot_size(std::int32_t file_type);
+// File offset of the slot of a storage index (its low 32 bits count).
+std::uint32_t reading_slot_offset(const DlSession& session, std::int64_t storage_index);
+
+// Reads the record at `offset` into `record`, as far as its type and the
+// session's gage type ask. Fields it doesn't read are left as they are (the
+// callers zero the record first). 1, or 0 when a field can't be read.
+int read_record_head(DlSession& session, ReadingRecord& record, std::uint64_t offset);
+
+// Renders a velocity reading (0.00001 inch per microsecond) for `units`:
+// inches per microsecond with four decimals, or metres per second.
+void make_velocity_text(std::uint32_t velocity, std::uint32_t units);
+// The text of the last make_velocity_text (at most 6 characters).
+const char* velocity_text();
+
+inline std::uint32_t record_type(std::uint32_t word0) { return word0 >> 29; }
+inline std::uint32_t record_type(const ReadingRecord& r) { return record_type(r.word0); }
+
+// Link records: the absolute file offset of the block.
+inline std::uint32_t link(const ReadingRecord& r) { return r.word1; }
+
+// word0 of gage types 5 and 6.
+inline std::uint32_t los(const ReadingRecord& r) { return word_bits(r.word0, 28, 1); }
+inline std::uint32_t units(const ReadingRecord& r) { return word_bits(r.word0, 26, 2); }
+inline std::uint32_t alarm_state(const ReadingRecord& r) { return word_bits(r.word0, 23, 3); }
+inline std::uint32_t fast_mode(const ReadingRecord& r) { return word_bits(r.word0, 21, 2); }
+inline std::uint32_t bscan_mode(const ReadingRecord& r) { return word_bits(r.word0, 19, 2); }
+inline std::uint32_t setup_number(const ReadingRecord& r) { return word_bits(r.word0, 11, 5); }
+inline std::uint32_t resolution(const ReadingRecord& r) { return word_bits(r.word0, 9, 2); }
+inline std::uint32_t thick_hi(const ReadingRecord& r) { return word_bits(r.word0, 5, 4); }
+inline std::uint32_t echo_to_echo(const ReadingRecord& r) { return word_bits(r.word0, 4, 1); }
+
+// The measurement layout of gage types 5 and 6.
+inline std::uint32_t thick_lo(const ReadingRecord& r) { return r.word1 & 0xFFFFu; }
+inline std::uint32_t note_mask(const ReadingRecord& r) { return r.word1 >> 16; }
+inline std::uint32_t first_lo(const ReadingRecord& r) { return r.word2 >> 16; }
+inline std::uint32_t min_lo(const ReadingRecord& r) { return r.word2 & 0xFFFFu; }
+inline std::uint32_t max_lo(const ReadingRecord& r) { return r.word3 >> 16; }
+inline std::uint32_t value_tags(const ReadingRecord& r) { return r.word3 & 0xFFFFu; }
+
+// value_tags: which extra values a reading holds, and their bits 16 to 19.
+// second_kind: 0 none, 1 minimum and maximum, 2 difference, 3 max-min;
+// first_kind: 0 none, 1 coating, 2 oxide, 3 temperature.
+inline std::uint32_t second_kind(const ReadingRecord& r) { return word_bits(r.word3, 0, 2); }
+inline std::uint32_t first_kind(const ReadingRecord& r) { return word_bits(r.word3, 2, 2); }
+inline std::uint32_t max_hi(const ReadingRecord& r) { return word_bits(r.word3, 4, 4); }
+inline std::uint32_t min_hi(const ReadingRecord& r) { return word_bits(r.word3, 8, 4); }
+inline std::uint32_t first_hi(const ReadingRecord& r) { return word_bits(r.word3, 12, 4); }
+
+// The 20-bit values.
+inline std::uint32_t raw_thickness(const ReadingRecord& r) { return (thick_hi(r) << 16) | thick_lo(r); }
+inline std::uint32_t first_value(const ReadingRecord& r) { return (first_hi(r) << 16) | first_lo(r); }
+inline std::uint32_t min_value(const ReadingRecord& r) { return (min_hi(r) << 16) | min_lo(r); }
+inline std::uint32_t max_value(const ReadingRecord& r) { return (max_hi(r) << 16) | max_lo(r); }
+
+// The thickness in the length scale (0.0001 inch or millimetre): the raw
+// value counts 0.0001 inch or 0.001 millimetre.
+inline std::int32_t thickness_length(const ReadingRecord& r) {
+    const std::uint32_t raw = raw_thickness(r);
+    return static_cast<std::int32_t>(units(r) == 0 ? raw : raw * 10u);
+}
+
+// A velocity reading: bits 16 to 19 come from word3 (the low bits of max_lo),
+// not from min_hi.
+inline bool is_velocity_reading(const ReadingRecord& r) {
+    return raw_thickness(r) == THICKNESS_IS_VELOCITY;
+}
+inline std::uint32_t velocity_value(const ReadingRecord& r) {
+    return (r.word3 & 0xF0000u) | min_lo(r);
+}
+
+// word0 of gage type 7 (readings and links).
+inline std::uint32_t flaw_setup_number(const ReadingRecord& r) { return word_bits(r.word0, 24, 5); }
+inline std::uint32_t gate1_alarm(const ReadingRecord& r) { return word_bits(r.word0, 21, 3); }
+inline std::uint32_t ascan_mark(const ReadingRecord& r) { return word_bits(r.word0, 20, 1); }
+inline std::uint32_t bscan_mark(const ReadingRecord& r) { return word_bits(r.word0, 19, 1); }
+inline std::uint32_t flaw_note_mask(const ReadingRecord& r) { return word_bits(r.word0, 0, 16); }
+
+}  // namespace ugf

@@ -1,0 +1,235 @@
+// Reading records: slot geometry of every file type, what read_record_head
+// reads for each record type and gage family, the derived values and the
+// velocity text.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "store/record.h"
+#include "support/scratch.h"
+#include "support/survey_image.h"
+
+namespace ugf {
+namespace {
+
+using test::ImageBuilder;
+
+const char* const READ_ERROR = "ERROR: FS_READ_ERROR.\n";
+
+// A session on an image, without the header decode: the record readers need
+// only the stream, the gage type and the file type.
+struct ImageSession {
+    test::ScratchDir dir;
+    DlSession session;
+    ImageSession(const ImageBuilder& image, std::int32_t gage_type, std::int32_t file_type = 0) {
+        image.save(dir.file("s.ugf"));
+        EXPECT_EQ(dl_open(session.stream, dir.file("s.ugf").c_str()), 1);
+        session.gage_type = gage_type;
+        session.file_type = file_type;
+    }
+    ~ImageSession() { dl_close(session.stream); }
+};
+
+template <typename Read>
+std::string console_of(Read read) {
+    testing::internal::CaptureStdout();
+    read();
+    std::fflush(stdout);
+    return testing::internal::GetCapturedStdout();
+}
+
+TEST(SlotGeometry, FirstSlotAndSizeByFileType) {
+    struct Case {
+        std::int32_t file_type;
+        std::int64_t index;
+        std::uint32_t offset;
+    } cases[] = {
+        {0, 0, 5376},   {8, 0, 5376},   {10, 0, 13376},  // index 0 of LINEAR, MANUAL, 2D-MANUAL
+        {0, 3, 5424},   {8, 3, 5487},   {10, 3, 13424},  // index 3 of the same
+        {9, 2, 5450},   {11, 2, 13408}, {12, 5, 13456},
+        {1, 10, 5536},  {5, 1, 5392},   {6, 1, 5392},    {7, 1, 5392},
+        {13, 1, 5392},  {-1, 1, 5392},  {200, 2, 5408},  // unknown types take the standard slots
+        // 32-bit arithmetic: the index's low 32 bits count and the product wraps.
+        {0, 0x10000000, 5376},
+        {8, 0x100000002LL, 5450},
+    };
+    for (const Case& c : cases) {
+        DlSession session;
+        session.file_type = c.file_type;
+        EXPECT_EQ(reading_slot_offset(session, c.index), c.offset) << c.file_type << " " << c.index;
+    }
+}
+
+TEST(RecordHead, WhatEachTypeReadsInEachGageFamily) {
+    // word0's low bits, and bytes 4 to 15 all set, so that any field read
+    // shows up in the record.
+    const test::RecordImage stored{0x0ABCDEF1, 0x11121314, 0x21222324, 0x31323334};
+    struct Expected {
+        std::uint32_t word1, word2, word3;
+    };
+    const Expected nothing{0, 0, 0};
+    const Expected link_only{0x11121314, 0, 0};
+    // The measurement layout reads thick_lo (bytes 4, 5) and note_mask (6, 7)
+    // as two u16: note_mask is the high half of word1.
+    const Expected measurement{0x13141112, 0x21222324, 0x31323334};
+    const Expected three_words{0x11121314, 0x21222324, 0x31323334};
+    const Expected gauge[8] = {nothing, measurement, link_only, measurement,
+                               link_only, measurement, nothing, nothing};
+    const Expected flaw[8] = {nothing, three_words, link_only, nothing,
+                              link_only, three_words, nothing, nothing};
+    const std::int32_t gage_types[] = {5, 6, 0, 9, 7};
+    for (std::int32_t gage : gage_types) {
+        for (std::uint32_t type = 0; type < 8; ++type) {
+            ImageBuilder image;
+            test::RecordImage r = stored;
+            r.word0 |= type << 29;
+            test::write_record(image, 100, r);
+            ImageSession s(image, gage);
+            ReadingRecord record;
+            std::string console = console_of([&] { EXPECT_EQ(read_record_head(s.session, record, 100), 1); });
+            const Expected& e = gage == 7 ? flaw[type] : gauge[type];
+            EXPECT_EQ(console, "");
+            EXPECT_EQ(record.word0, r.word0) << gage << " " << type;
+            EXPECT_EQ(record_type(record), type);
+            EXPECT_EQ(record.word1, e.word1) << gage << " " << type;
+            EXPECT_EQ(record.word2, e.word2) << gage << " " << type;
+            EXPECT_EQ(record.word3, e.word3) << gage << " " << type;
+        }
+    }
+}
+
+TEST(RecordHead, EndOfFileInsideTheFieldsTheTypeAsksFor) {
+    struct Case {
+        std::int32_t gage;
+        std::uint32_t type;
+        std::size_t length;  // bytes of the record that the file still has
+        int ok;
+    } cases[] = {
+        {5, 0, 0, 0},  {5, 0, 3, 0},   {5, 0, 4, 1},    // an empty slot needs only word0
+        {5, 6, 4, 1},  {7, 7, 4, 1},                    // unassigned types too
+        {5, 1, 5, 0},  {5, 1, 7, 0},   {5, 1, 11, 0},   {5, 1, 15, 0}, {5, 1, 16, 1},
+        {5, 2, 7, 0},  {5, 2, 8, 1},   {7, 4, 8, 1},    // links stop after the link
+        {7, 1, 9, 0},  {7, 5, 15, 0},  {7, 5, 16, 1},
+        {7, 3, 4, 1},                                   // a flaw A-scan head is word0 alone
+        {6, 3, 13, 0}, {6, 5, 12, 0},
+    };
+    for (const Case& c : cases) {
+        ImageBuilder image;
+        test::write_record(image, 0x200, {c.type << 29 | 0x00FF00FF, 0x01020304, 0x05060708, 0x090A0B0C});
+        image.resize(0x200 + c.length);
+        ImageSession s(image, c.gage);
+        ReadingRecord record;
+        int result = -1;
+        std::string console = console_of([&] { result = read_record_head(s.session, record, 0x200); });
+        EXPECT_EQ(result, c.ok) << c.gage << " " << c.type << " " << c.length;
+        EXPECT_EQ(console, c.ok ? "" : READ_ERROR) << c.gage << " " << c.type << " " << c.length;
+    }
+}
+
+TEST(RecordFields, GaugeWordZeroFromHandMadeBits) {
+    // 001 1 11 011 10 01 101 10100 10 1111 1 0111
+    ReadingRecord r{0x3DCDA5F7, 0, 0, 0};
+    EXPECT_EQ(record_type(r), 1u);
+    EXPECT_EQ(los(r), 1u);
+    EXPECT_EQ(units(r), 3u);
+    EXPECT_EQ(alarm_state(r), 3u);
+    EXPECT_EQ(fast_mode(r), 2u);
+    EXPECT_EQ(bscan_mode(r), 1u);
+    EXPECT_EQ(setup_number(r), 20u);
+    EXPECT_EQ(resolution(r), 2u);
+    EXPECT_EQ(thick_hi(r), 15u);
+    EXPECT_EQ(echo_to_echo(r), 1u);
+}
+
+TEST(RecordFields, FlawWordZeroFromHandMadeBits) {
+    // 001 11110 101 1 1 000 1010101111001101
+    ReadingRecord r{0x3EB8ABCD, 0, 0, 0};
+    EXPECT_EQ(record_type(r), 1u);
+    EXPECT_EQ(flaw_setup_number(r), 30u);
+    EXPECT_EQ(gate1_alarm(r), 5u);
+    EXPECT_EQ(ascan_mark(r), 1u);
+    EXPECT_EQ(bscan_mark(r), 1u);
+    EXPECT_EQ(flaw_note_mask(r), 0xABCDu);
+}
+
+TEST(RecordFields, TwentyBitValuesAndTheirKindsFromTheFile) {
+    test::GaugeReading g;
+    g.units = 1;
+    g.setup_number = 31;
+    g.thickness = 0xABCDE;
+    g.note_mask = 0x8001;
+    g.first_kind = 3;
+    g.second_kind = 2;
+    g.first_value = 0x12345;
+    g.min_value = 0x6789A;
+    g.max_value = 0xFEDCB;
+    ImageBuilder image;
+    test::write_slot(image, 0, 0, test::gauge_record(g));
+    ImageSession s(image, 5);
+    ReadingRecord r;
+    ASSERT_EQ(read_record_head(s.session, r, 5376), 1);
+    EXPECT_EQ(raw_thickness(r), 0xABCDEu);
+    EXPECT_EQ(thickness_length(r), 0xABCDE * 10) << "metric values count 0.001 mm";
+    EXPECT_EQ(note_mask(r), 0x8001u);
+    EXPECT_EQ(first_kind(r), 3u);
+    EXPECT_EQ(second_kind(r), 2u);
+    EXPECT_EQ(first_value(r), 0x12345u);
+    EXPECT_EQ(min_value(r), 0x6789Au);
+    EXPECT_EQ(max_value(r), 0xFEDCBu);
+    EXPECT_EQ(setup_number(r), 31u);
+    EXPECT_FALSE(is_velocity_reading(r));
+
+    r.word0 &= ~(3u << 26);  // inches
+    EXPECT_EQ(thickness_length(r), 0xABCDE);
+}
+
+TEST(RecordFields, VelocityReadingTakesItsHighBitsFromWordThree) {
+    // thick_hi 15 and thick_lo 0xFFFA in millimetres: the test looks at the raw
+    // value, not the metric length. min_lo holds 0x5B04, the low nibble of
+    // max_lo 3, and min_hi 9, which is not part of the velocity.
+    ImageBuilder image;
+    image.u32(5376, (1u << 29) | (1u << 26) | (15u << 5))
+        .u16(5380, 0xFFFA)
+        .u16(5382, 0)
+        .u16(5384, 0)
+        .u16(5386, 0x5B04)
+        .u16(5388, 0x0003)
+        .u16(5390, 0x0900);
+    ImageSession s(image, 6);
+    ReadingRecord r;
+    ASSERT_EQ(read_record_head(s.session, r, 5376), 1);
+    EXPECT_TRUE(is_velocity_reading(r));
+    EXPECT_EQ(velocity_value(r), 0x35B04u);
+    EXPECT_EQ(min_value(r), 0x95B04u);
+
+    const test::GaugeReading v = test::velocity_reading(23300, 1);
+    const test::RecordImage built = test::gauge_record(v);
+    ReadingRecord from_builder{built.word0, (built.at4 & 0xFFFF) << 16 | built.at4 >> 16, built.at8, built.at12};
+    EXPECT_TRUE(is_velocity_reading(from_builder));
+    EXPECT_EQ(velocity_value(from_builder), 23300u);
+}
+
+TEST(VelocityText, InchesAndMetresWithTheirPrecisionAndCut) {
+    struct Case {
+        std::uint32_t velocity;
+        std::uint32_t units;
+        const char* text;
+    } cases[] = {
+        {23300, 0, "0.2330"},
+        {23300, 1, " 5918"},
+        {23300, 2, " 5918"},       // every code but 0 is metric
+        {0, 0, "0.0000"},
+        {0, 3, "    0"},
+        {15, 0, "0.0002"},         // 15 / 100000 in single precision lies above 0.00015
+        {1048575, 0, "10.485"},    // "10.4858" cut to six characters
+        {1048575, 1, "266338"},
+        {4294967295u, 1, "109092"},  // 1090921693, cut
+    };
+    for (const Case& c : cases) {
+        make_velocity_text(c.velocity, c.units);
+        EXPECT_STREQ(velocity_text(), c.text) << c.velocity << " " << c.units;
+    }
+}
+
+}  // namespace
+}  // namespace ugf
