@@ -231,6 +231,23 @@ TEST(CursorWalk, NothingMovesWithoutPatternOrDimension) {
     }
 }
 
+TEST(CursorWalk, NamedZigzagFormsSkipEmptyFields) {
+    // A three-by-two box walked over dimensions 1 and 2 whatever place the
+    // empty fields take: 00 10 20 21 11 01 forward.
+    IdCursor forward = box(3, 2);
+    forward.dim_position = {2, 0, 0, 0};
+    cursor_walk_zigzag_four(forward, 0, 1, 9, 2);
+    EXPECT_EQ(cell(forward, 2), "21");
+    IdCursor backward = box(3, 2);
+    backward.dim_position = {2, 1, 0, 0};
+    cursor_walk_reverse_zigzag_four(backward, 1, 0, 2, 0);
+    EXPECT_EQ(cell(backward, 2), "20");
+    cursor_walk_reverse_zigzag_three(backward, 0, 1, 2);
+    EXPECT_EQ(cell(backward, 2), "10");
+    cursor_walk_reverse_zigzag_three(backward, 0, 0, 0);
+    EXPECT_EQ(cell(backward, 2), "10") << "no dimension: nothing moves";
+}
+
 // Every increment order that places the dimensions 1..dims in the available
 // places (3, or 4 in "4D-MANUAL"), in any order, with the other places empty.
 void orders(int dims, int places, std::vector<std::array<std::uint8_t, 4>>& out) {
