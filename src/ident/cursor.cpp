@@ -83,7 +83,8 @@ void zigzag_step(IdCursor& cursor, const WalkOrder& order, bool backward) {
 void zigzag_walk(IdCursor& cursor, const WalkOrder& order, bool backward) {
     if (order.count == 0) return;
     if (order.count == 1) {
-        cursor_step_dimension(cursor, order.number[0], static_cast<std::int16_t>(backward ? -1 : 1));
+        std::int16_t delta = backward ? -1 : 1;
+        cursor_step_dimension(cursor, order.number[0], delta);
         return;
     }
     zigzag_step(cursor, order, backward);

@@ -193,8 +193,9 @@ void id_dimension_refresh(IdDimension& dim, std::int32_t file_type, std::int64_t
 
 void id_spec_refresh(IdSpec& spec, std::int32_t file_type) {
     for (int d = 0; d < 4; ++d) {
-        std::uint64_t offset = static_cast<std::uint64_t>(static_cast<std::int64_t>(spec.dims[d].step)) *
-                               static_cast<std::uint64_t>(spec.cursor.dim_position[d]);
+        // step x position wraps in 64 bits; only damaged positions get there.
+        auto step = static_cast<std::uint64_t>(static_cast<std::int64_t>(spec.dims[d].step));
+        std::uint64_t offset = step * static_cast<std::uint64_t>(spec.cursor.dim_position[d]);
         id_dimension_refresh(spec.dims[d], file_type, static_cast<std::int64_t>(offset));
     }
 }

@@ -191,13 +191,15 @@ TEST(CursorWalk, WalkTables) {
     };
     for (const WalkCase& c : cases) {
         std::vector<std::string> cells = words(c.cells);
-        std::vector<std::string> indices = c.indices ? words(c.indices) : std::vector<std::string>{};
+        std::vector<std::string> indices;
+        if (c.indices != nullptr) indices = words(c.indices);
         int dims = static_cast<int>(cells[0].size());
         IdCursor cursor = c.cursor;
         for (std::size_t i = 0; i < cells.size(); ++i) {
             ASSERT_EQ(cell(cursor, dims), cells[i]) << c.name << ", step " << i;
             if (!indices.empty()) {
-                EXPECT_EQ(std::to_string(cursor_flat_index(cursor)), indices[i]) << c.name << ", step " << i;
+                EXPECT_EQ(std::to_string(cursor_flat_index(cursor)), indices[i])
+                    << c.name << ", step " << i;
             }
             cursor_walk(cursor, c.first, c.second, c.third, c.pattern, c.file_type, c.fourth);
         }
@@ -210,8 +212,8 @@ TEST(CursorWalk, ThirdPlaceWrapReachesTheFourthOnlyIn4DManual) {
         IdCursor cursor = box(2, 2, 2, 2);
         cursor.dim_position[3] = 1;
         for (int i = 0; i < 8; ++i) cursor_walk(cursor, 1, 2, 3, WALK_STANDARD, type, 4);
-        EXPECT_EQ(cursor.dim_position, (std::array<std::int64_t, 4>{0, 0, 0, type == TYPE_4D_MANUAL ? 0 : 1}))
-            << type;
+        std::int64_t fourth = type == TYPE_4D_MANUAL ? 0 : 1;
+        EXPECT_EQ(cursor.dim_position, (std::array<std::int64_t, 4>{0, 0, 0, fourth})) << type;
     }
 }
 
@@ -278,7 +280,9 @@ TEST(CursorWalk, EveryPatternAndOrderIsOneClosedCycleAndZigzagsRetraceEachOther)
             for (int d = 0; d < dims; ++d) combos *= 4;
             for (int combo = 0; combo < combos; ++combo) {
                 IdCursor start;
-                for (int d = 0, rest = combo; d < dims; ++d, rest /= 4) start.dim_size[d] = 1 + rest % 4;
+                for (int d = 0, rest = combo; d < dims; ++d, rest /= 4) {
+                    start.dim_size[d] = 1 + rest % 4;
+                }
                 std::int64_t total = point_total_of(start);
                 for (const auto& o : all) {
                     for (std::int32_t pattern = 0; pattern < 4; ++pattern) {
@@ -310,7 +314,8 @@ TEST(CursorWalk, EveryPatternAndOrderIsOneClosedCycleAndZigzagsRetraceEachOther)
             }
         }
     }
-    EXPECT_EQ(walks, 33520) << "walks counted: 7, 18, 30 and 24 orders over 4, 16, 64 and 256 boxes";
+    // 7, 18, 30 and 24 orders over 4, 16, 64 and 256 boxes, four patterns each.
+    EXPECT_EQ(walks, 33520);
 }
 
 }  // namespace

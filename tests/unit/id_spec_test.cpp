@@ -68,7 +68,8 @@ TEST(IdSpecRanges, SizesAndTextsOfRanges) {
         EXPECT_EQ(spec.cursor.dim_size[0], c.size) << c.start << " to " << c.end;
         EXPECT_EQ(spec.cursor.dim_position[0], 0) << c.start << " to " << c.end;
         for (const auto& [position, text] : c.texts) {
-            EXPECT_EQ(text_at(spec, 0, position), text) << c.start << " to " << c.end << " at " << position;
+            EXPECT_EQ(text_at(spec, 0, position), text)
+                << c.start << " to " << c.end << " at " << position;
         }
     }
 }
@@ -185,7 +186,9 @@ std::string compose(IdSpec& spec, std::int64_t index, std::int32_t file_type, in
     char out[ID_TEXT_SIZE + 8];
     std::memset(out, '#', sizeof out);
     id_spec_compose(spec, out, with_prefix, label, suffix, suffix_dimension, file_type);
-    for (std::size_t i = ID_TEXT_SIZE; i < sizeof out; ++i) EXPECT_EQ(out[i], '#') << "written past the text";
+    for (std::size_t i = ID_TEXT_SIZE; i < sizeof out; ++i) {
+        EXPECT_EQ(out[i], '#') << "written past the text";
+    }
     return out;
 }
 

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "ident/id_text.h"
 
 namespace ugf {
@@ -84,7 +82,8 @@ TEST(IdTextAdd, SumsCarriesAndFailures) {
     for (const Case& c : cases) {
         std::int64_t value = 77;
         std::int32_t carry = 77;
-        EXPECT_EQ(id_text_add(c.first, c.second, &value, &carry), c.ok) << c.first << " + " << c.second;
+        EXPECT_EQ(id_text_add(c.first, c.second, &value, &carry), c.ok)
+            << c.first << " + " << c.second;
         EXPECT_EQ(value, c.value) << c.first << " + " << c.second;
         EXPECT_EQ(carry, c.carry) << c.first << " + " << c.second;
         if (c.ok) {
@@ -167,19 +166,6 @@ TEST(IdTextSubtract, OperandsStayAndFailuresKeepTheLastResult) {
     value = 5;
     EXPECT_EQ(id_text_subtract(nullptr, "1", &value), 0);
     EXPECT_EQ(value, 5);
-}
-
-TEST(IdBorrow, RunsLeftThroughZerosAndStopsAtTheTail) {
-    char work[] = "1-B00";
-    EXPECT_EQ(id_borrow(work, 4, 2), 0);
-    // B lends one, the middle zero passes it on and keeps nine, the last
-    // position holds ten more (a code above "9" until the subtraction).
-    EXPECT_EQ(std::string(work, 4), "1-A9");
-    EXPECT_EQ(work[4], '0' + 10);
-    char again[] = "1-A0";
-    EXPECT_EQ(id_borrow(again, 3, 2), -1) << "only zeros to the left";
-    EXPECT_EQ(id_borrow(again, 2, 2), -1) << "the first tail position has no left";
-    EXPECT_EQ(id_borrow(again, 4, 2), -1) << "the terminator";
 }
 
 }  // namespace
