@@ -201,6 +201,8 @@ TEST(FormatEncoderDistance, SevenDecimalsOfASinglePrecisionDistance) {
         {3, 1, 0, 5, 100, "0.0001000"},
         // 16777217 has no single-precision form: it becomes 16777216.
         {3, 0, 0, 16777217, 1, "1.6777216"},
+        // The custom factor wraps at 2^32: 3892313112, single 3892313088.
+        {3, 0, 0, 0xFFFFFF, 1000, "389.2313088"},
         {4, 0, 0, 5, 100, ""},
     };
     for (const Case& c : cases) {
