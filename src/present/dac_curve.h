@@ -106,7 +106,10 @@ void prepare_dac_curve(const CurveSetup& setup, std::uint16_t sample_count,
 int build_dac_curve(DacCurve& curve, const CurveFrame& frame);
 
 // Alarm state of a gate: 0 off, 1 high, 2 low, 5 armed. With scan_valid 0
-// nothing is known of the signal: 0 for kinds with no test, else 5.
+// nothing is known of the signal: 0 for kinds with no test, else 5, and the
+// curve and frame are not read (default ones will do). The level, signal and
+// depth tests need only the frame's zero counts; the curve tests need the
+// curve that prepare_dac_curve made with this frame.
 int gate_alarm_state(const AlarmInput& input, const DacCurve& curve, const CurveFrame& frame,
                      int scan_valid);
 
