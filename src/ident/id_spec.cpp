@@ -1,0 +1,261 @@
+#include "ident/id_spec.h"
+
+#include <cstring>
+
+#include "run/console.h"
+
+namespace ugf {
+namespace {
+
+bool is_letter(char c) { return c >= 'A' && c <= 'Z'; }
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
+// Manual files (2D-, 3D-, 4D-MANUAL) name their positions by label tables;
+// their dimension texts only mark a dimension as present.
+bool is_manual(std::int32_t file_type) { return file_type >= 10 && file_type <= 12; }
+
+// Copies at most ID_TEXT_MAX characters of src (absent: empty) into dst,
+// which holds ID_TEXT_SIZE bytes, and terminates it.
+void copy_text(char* dst, const char* src) {
+    std::size_t n = 0;
+    if (src != nullptr) {
+        while (n < ID_TEXT_MAX && src[n] != '\0') {
+            dst[n] = src[n];
+            ++n;
+        }
+    }
+    dst[n] = '\0';
+}
+
+// Appends src to the terminated text in dst (ID_TEXT_SIZE bytes), cutting the
+// whole at ID_TEXT_MAX characters.
+void append_text(char* dst, const char* src) {
+    std::size_t n = 0;
+    while (n < ID_TEXT_MAX && dst[n] != '\0') ++n;
+    if (src != nullptr) {
+        for (std::size_t i = 0; n < ID_TEXT_MAX && src[i] != '\0'; ++i) dst[n++] = src[i];
+    }
+    dst[n] = '\0';
+}
+
+void clear_dimension(IdDimension& dim) {
+    dim.start_text[0] = '\0';
+    dim.end_text[0] = '\0';
+    dim.current_text[0] = '\0';
+    dim.step = 0;
+}
+
+// Writes offset in the radices of the template (26 for a letter position,
+// 10 otherwise), as long as the template, into out. 0 when the offset
+// doesn't fit: negative, or a position would need a count beyond its radix
+// (only positions outside the range get there); such a text has no
+// identifier characters, so it can't be added.
+int write_offset_text(const char* templ, std::size_t length, std::int64_t offset, char* out) {
+    if (offset < 0 || length == 0 || length > ID_TEXT_MAX) return 0;
+    std::uint64_t rest = static_cast<std::uint64_t>(offset);
+    for (std::size_t i = 0; i < length; ++i) {
+        bool letter = is_letter(templ[i]);
+        std::uint64_t radix = letter ? 26 : 10;
+        std::uint64_t count = rest;
+        if (i + 1 < length) {
+            // Weight of the position; once it passes any possible offset it
+            // stops growing, so the product can't wrap.
+            std::uint64_t weight = 1;
+            for (std::size_t j = i + 1; j < length && weight <= rest; ++j) {
+                if (weight > UINT64_MAX / 26) {
+                    weight = UINT64_MAX;  // above any offset: the count is 0
+                    break;
+                }
+                weight *= is_letter(templ[j]) ? 26 : 10;
+            }
+            count = rest / weight;
+            rest -= count * weight;
+        }
+        if (count >= radix) return 0;
+        out[i] = static_cast<char>((letter ? 'A' : '0') + static_cast<int>(count));
+    }
+    out[length] = '\0';
+    return 1;
+}
+
+// A carry out of the added positions runs on to the left inside the tail:
+// "9" becomes "0" and "Z" becomes "A" and pass it on, anything else takes it.
+// It stops at the last "-"; out of the first position it goes nowhere.
+void run_carry(char* text, std::size_t end) {
+    for (std::size_t i = end; i > 0; --i) {
+        char& c = text[i - 1];
+        if (c == '9') {
+            c = '0';
+        } else if (c == 'Z') {
+            c = 'A';
+        } else {
+            if (is_letter(c) || is_digit(c)) ++c;
+            return;
+        }
+    }
+}
+
+}  // namespace
+
+void id_spec_init_ranges(IdSpec& spec, const char* prefix, const char* const start[3],
+                         const char* const end[3], const std::int32_t step[3]) {
+    copy_text(spec.prefix, prefix);
+    for (int d = 0; d < 3; ++d) {
+        IdDimension& dim = spec.dims[d];
+        const char* start_text = start != nullptr ? start[d] : nullptr;
+        const char* end_text = end != nullptr ? end[d] : nullptr;
+        std::int32_t dim_step = step != nullptr ? step[d] : 0;
+        // No start text, or a step of 0 (which the instrument refuses, so
+        // only a damaged file holds it): the dimension is not in use.
+        if (start_text == nullptr || start_text[0] == '\0' || dim_step == 0) {
+            clear_dimension(dim);
+            spec.cursor.dim_size[d] = 0;
+            spec.cursor.dim_position[d] = 0;
+            continue;
+        }
+        dim.step = dim_step;
+        copy_text(dim.start_text, start_text);
+        copy_text(dim.end_text, end_text);
+        std::int64_t difference = 0;
+        // The size counts whole steps; the quotient of two values of at most
+        // ID_VALUE_MAX by a non-zero 32-bit step can't overflow.
+        spec.cursor.dim_size[d] = id_text_subtract(dim.end_text, dim.start_text, &difference)
+                                      ? difference / dim_step + 1
+                                      : -1;
+        copy_text(dim.current_text, dim.start_text);
+        spec.cursor.dim_position[d] =
+            id_text_subtract(dim.current_text, dim.start_text, &difference)
+                ? difference / dim_step
+                : -1;
+    }
+}
+
+void id_spec_init_manual(IdSpec& spec, const std::int64_t size[4], const std::int32_t step[4],
+                         std::int32_t file_type) {
+    static const char* const START[4] = {"S1", "S2", "S3", "S4"};
+    static const char* const END[4] = {"E1", "E2", "E3", "E4"};
+    int used = file_type == 10 ? 2 : file_type == 11 ? 3 : file_type == FILE_TYPE_4D_MANUAL ? 4 : 0;
+    spec.prefix[0] = '\0';
+    for (int d = 0; d < 4; ++d) {
+        IdDimension& dim = spec.dims[d];
+        copy_text(dim.start_text, START[d]);
+        copy_text(dim.end_text, END[d]);
+        dim.current_text[0] = '\0';
+        bool takes = d < used;
+        dim.step = takes && step != nullptr ? step[d] : 0;
+        spec.cursor.dim_size[d] = takes && size != nullptr ? size[d] : 0;
+        spec.cursor.dim_position[d] = 0;
+    }
+}
+
+void id_dimension_refresh(IdDimension& dim, std::int32_t file_type, std::int64_t offset) {
+    if (dim.step == 0) {
+        dim.current_text[0] = '\0';
+        return;
+    }
+    if (is_manual(file_type)) {
+        format_text(dim.current_text, ID_TEXT_SIZE, "%lld", static_cast<long long>(offset));
+        return;
+    }
+    std::int64_t difference = 0;
+    if (id_text_subtract(dim.end_text, dim.start_text, &difference) == 0) return;
+
+    // The template: the counted part of the difference without its leading
+    // zero characters, but with one of them kept in front as a spare
+    // position (an all-zero difference leaves one zero character).
+    const char* result = id_result_text();
+    const char* tail = std::strrchr(result, '-');
+    tail = tail != nullptr ? tail + 1 : result;
+    const char* templ = tail;
+    while (*templ == 'A' || *templ == '0') ++templ;
+    if (templ != tail) --templ;
+    std::size_t width = std::strlen(templ);
+
+    char offset_text[ID_TEXT_SIZE] = {};
+    int fits = write_offset_text(templ, width, offset, offset_text);
+    dim.current_text[0] = '\0';
+    std::size_t length = std::strlen(dim.start_text);
+    if (fits == 0 || width > length) return;
+
+    // Only the last `width` positions of the start pass through the
+    // arithmetic, so a long start (12 digits, say) works although its whole
+    // value lies far above the limit.
+    std::size_t kept = length - width;
+    std::int64_t value = 0;
+    std::int32_t carry = 0;
+    if (id_text_add(dim.start_text + kept, offset_text, &value, &carry) == 0) return;
+    char current[ID_TEXT_SIZE] = {};
+    std::memcpy(current, dim.start_text, kept);
+    copy_text(current + kept, id_result_text());
+    if (carry != 0) run_carry(current, kept);
+    copy_text(dim.current_text, current);
+}
+
+void id_spec_refresh(IdSpec& spec, std::int32_t file_type) {
+    for (int d = 0; d < 4; ++d) {
+        // step x position wraps in 64 bits; only damaged positions get there.
+        auto step = static_cast<std::uint64_t>(static_cast<std::int64_t>(spec.dims[d].step));
+        std::uint64_t offset = step * static_cast<std::uint64_t>(spec.cursor.dim_position[d]);
+        id_dimension_refresh(spec.dims[d], file_type, static_cast<std::int64_t>(offset));
+    }
+}
+
+void id_spec_compose(const IdSpec& spec, char* out, int with_prefix, const LabelOp* label,
+                     const char* suffix, int suffix_dimension, std::int32_t file_type) {
+    if (out == nullptr) return;
+    out[0] = '\0';
+    bool manual = is_manual(file_type);
+    bool has_label = label != nullptr && label->label != nullptr;
+    if (file_type == FILE_TYPE_4D_MANUAL) suffix = nullptr;
+    int highest = 2;
+    if (file_type == FILE_TYPE_4D_MANUAL) {
+        highest = 3;
+    } else if (with_prefix == 1 && spec.prefix[0] != '\0') {
+        append_text(out, spec.prefix);
+    }
+    for (int d = highest; d >= 0; --d) {
+        const IdDimension& dim = spec.dims[d];
+        if (dim.current_text[0] == '\0') continue;  // not in use, suffix included
+        auto position = static_cast<std::uint16_t>(spec.cursor.dim_position[d]);
+        const char* text = dim.current_text;
+        if (manual) {
+            // The counted text of a manual dimension is never shown; without
+            // a label operation the dimension shows nothing.
+            text = has_label ? label->label(label->context, position, d) : "";
+        } else if (d == 0 && has_label) {
+            text = label->label(label->context, position, 0);
+        }
+        append_text(out, text);
+        if (suffix != nullptr && d == suffix_dimension) append_text(out, suffix);
+    }
+}
+
+void id_spec_dimension_text(const IdSpec& spec, char* out, int dimension, std::int32_t file_type) {
+    (void)file_type;
+    if (out == nullptr) return;
+    if (dimension < 0 || dimension > 3) {
+        out[0] = '\0';
+        return;
+    }
+    copy_text(out, spec.dims[dimension].current_text);
+}
+
+const char* elevation_unit_text(std::int64_t elevation_unit) {
+    switch (elevation_unit) {
+        case 1: return "IN";
+        case 2: return "FT";
+        case 3: return "MM";
+        case 4: return "M";
+        default: return "";
+    }
+}
+
+std::int64_t id_spec_advance(IdSpec& spec, std::uint8_t first_inc, std::uint8_t second_inc,
+                             std::uint8_t third_inc, std::int32_t walk_pattern,
+                             std::int32_t file_type, std::uint8_t fourth_inc) {
+    cursor_walk(spec.cursor, first_inc, second_inc, third_inc, walk_pattern, file_type, fourth_inc);
+    id_spec_refresh(spec, file_type);
+    return cursor_flat_index(spec.cursor);
+}
+
+}  // namespace ugf

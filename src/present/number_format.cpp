@@ -1,0 +1,320 @@
+#include "present/number_format.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+#include "run/console.h"
+#include "run/labels.h"
+
+namespace ugf {
+
+namespace {
+
+// Appends to a caller's buffer without ever passing its end; the text stays
+// terminated after every step.
+struct TextOut {
+    char* out;
+    std::size_t size;
+    std::size_t len = 0;
+
+    TextOut(char* buffer, std::size_t buffer_size) : out(buffer), size(buffer_size) {
+        if (size > 0) out[0] = '\0';
+    }
+    void put(char c) {
+        if (len + 1 < size) {
+            out[len++] = c;
+            out[len] = '\0';
+        }
+    }
+    // Up to n characters of s, stopping at its terminator.
+    void put(const char* s, std::size_t n) {
+        for (std::size_t k = 0; k < n && s[k] != '\0'; ++k) put(s[k]);
+    }
+    void put(const char* s) { put(s, std::strlen(s)); }
+};
+
+// The instrument's digit cut: the first `keep` characters of the scratch
+// text, then "." and the next `decimals` characters when `decimals` is not 0.
+// A scratch text shorter than that gives what it has.
+void cut_digits(TextOut& o, const char* scratch, int keep, int decimals) {
+    const std::size_t length = std::strlen(scratch);
+    const std::size_t head = std::min<std::size_t>(static_cast<std::size_t>(std::max(keep, 0)), length);
+    o.put(scratch, head);
+    if (decimals != 0) {
+        o.put('.');
+        o.put(scratch + head, static_cast<std::size_t>(std::max(decimals, 0)));
+    }
+}
+
+// One row of the digit tables: field width W, least digits P, characters
+// kept I, decimals kept D, rounding addend R, carry threshold T, and whether
+// the mode-5 format (a literal blank, then W and P) applies.
+struct DigitRow {
+    int width;
+    int digits;
+    int keep;
+    int decimals;
+    std::uint32_t round;
+    std::uint32_t threshold;
+    bool cp_format;
+};
+
+DigitRow precision_row(std::uint32_t a, std::uint32_t units, std::uint32_t resolution,
+                       std::uint32_t meas_mode) {
+    const bool cp = meas_mode == MEAS_MODE_CP;
+    const bool fine = resolution != 0;
+    if (units == 0) {
+        if (cp) {
+            if (a < 100000 && fine) return {4, 3, 3, 2, 0, 0, true};
+            return {5, 3, 4, 1, 0, 0, true};
+        }
+        if (a < 100000 && fine) return {5, 5, 1, 4, 0, 0, false};
+        return {6, 5, 2, 3, 5, 100000, false};
+    }
+    if (cp) {
+        if (a < 1000000 && fine) return {5, 3, 4, 1, 5, 100000, true};
+        return {6, 2, 5, 0, 50, 100000, true};
+    }
+    if (a < 1000000 && fine) return {6, 5, 2, 3, 5, 100000, false};
+    return {7, 5, 3, 2, 50, 1000000, false};
+}
+
+DigitRow standard_row(std::uint32_t a, std::uint32_t units, std::uint32_t resolution,
+                      DigitLayout layout) {
+    const bool fine = resolution == 1;
+    if (units == 0) {
+        if (a < 1000000) return fine ? DigitRow{6, 5, 2, 3, 5, 100000, false}
+                                     : DigitRow{6, 5, 2, 2, 50, 100000, false};
+        return fine ? DigitRow{6, 5, 3, 2, 5, 1000000, false}
+                    : DigitRow{6, 5, 3, 1, 50, 1000000, false};
+    }
+    // Only the flaw detector has rows for ten metres and more.
+    if (units == 1 && layout == LAYOUT_FLAW && a >= 10000000) {
+        return fine ? DigitRow{7, 5, 4, 1, 500, 1000000, false}
+                    : DigitRow{7, 5, 4, 0, 5000, 1000000, false};
+    }
+    return fine ? DigitRow{7, 5, 3, 2, 50, 1000000, false}
+                : DigitRow{7, 5, 3, 1, 500, 1000000, false};
+}
+
+// The step factor of an encoder in 0.0000001 inch (or millimetre when
+// `units` is 1); 0 in *ok for an index outside the table.
+std::uint32_t encoder_factor(std::uint32_t encoder_index, std::uint32_t units,
+                             std::uint32_t custom_res, std::uint32_t custom_multiplier, int* ok) {
+    *ok = encoder_index < ENCODER_STEP.size() ? 1 : 0;
+    if (*ok == 0) return 0;
+    std::uint32_t factor = encoder_index == 3 ? custom_res * custom_multiplier
+                                              : ENCODER_STEP[encoder_index];
+    if (units == 1) factor = truncate_to_u32_low(static_cast<double>(factor) * 25.4);
+    return factor;
+}
+
+}  // namespace
+
+std::int32_t truncate_to_i32(double x) {
+    // The open interval keeps every value whose truncation fits; the negated
+    // test also catches NaN.
+    if (!(x > -2147483649.0 && x < 2147483648.0)) return INT32_MIN;
+    return static_cast<std::int32_t>(x);
+}
+
+std::uint32_t truncate_to_u32_low(double x) {
+    if (!(x > -9223372036854775808.0 && x < 9223372036854775808.0)) return 0;
+    return static_cast<std::uint32_t>(static_cast<std::uint64_t>(static_cast<std::int64_t>(x)));
+}
+
+void format_thickness(char* out, std::size_t size, std::int32_t value, std::uint32_t units,
+                      std::uint32_t resolution, DigitLayout layout, std::uint32_t doubled,
+                      std::uint32_t meas_mode) {
+    TextOut o(out, size);
+    const bool negative = value < 0;
+    // The magnitude is unsigned 32-bit: doubling and the addend wrap at 2^32.
+    std::uint32_t a = negative ? 0u - static_cast<std::uint32_t>(value) : static_cast<std::uint32_t>(value);
+    if (doubled == 1 && units != 2) a *= 2u;
+
+    const DigitRow row = layout == LAYOUT_PRECISION ? precision_row(a, units, resolution, meas_mode)
+                                                    : standard_row(a, units, resolution, layout);
+    a += row.round;
+    int width = row.width;
+    int keep = row.keep;
+    if (negative) {
+        // The sign takes the free leading position; once rounding has carried
+        // into a new digit the text is one character longer instead.
+        o.put('-');
+        width -= 1;
+        if (a < row.threshold) keep -= 1;
+    }
+
+    char scratch[7];
+    if (row.cp_format) {
+        format_text_bounded(scratch, sizeof scratch, " %*.*lu", width, row.digits,
+                            static_cast<unsigned long>(a));
+    } else {
+        format_text_bounded(scratch, sizeof scratch, "%*.5lu", width, static_cast<unsigned long>(a));
+    }
+    cut_digits(o, scratch, keep, row.decimals);
+}
+
+void format_encoder_step(char* out, std::size_t size, std::uint32_t encoder_index,
+                         std::uint32_t step_code, std::uint32_t units, std::uint32_t custom_res) {
+    TextOut o(out, size);
+    int ok = 0;
+    const std::uint32_t factor = encoder_factor(encoder_index, units, custom_res, 100, &ok);
+    if (ok == 0) return;
+    std::uint32_t s = (step_code * factor) / 1000u;
+
+    int width, keep, decimals;
+    std::uint32_t round;
+    if (units == 1) {
+        if (s < 1000000) width = 6, keep = 2, decimals = 3, round = 5;
+        else width = 7, keep = 3, decimals = 2, round = 50;
+    } else {
+        if (s < 100000) width = 5, keep = 1, decimals = 4, round = 0;
+        else width = 6, keep = 2, decimals = 3, round = 5;
+    }
+    s += round;
+
+    char scratch[7];
+    format_text_bounded(scratch, sizeof scratch, "%*.5lu", width, static_cast<unsigned long>(s));
+    char digits[NUMBER_TEXT_SIZE];
+    TextOut d(digits, sizeof digits);
+    cut_digits(d, scratch, keep, decimals);
+    format_text_bounded(out, size, "%s %s", digits, units == 1 ? "MM" : "IN");
+}
+
+void format_encoder_distance(char* out, std::size_t size, std::uint32_t encoder_index,
+                             std::uint32_t step_code, std::uint32_t units,
+                             std::uint32_t custom_res, std::uint32_t custom_multiplier) {
+    TextOut o(out, size);
+    int ok = 0;
+    const std::uint32_t factor = encoder_factor(encoder_index, units, custom_res, custom_multiplier, &ok);
+    if (ok == 0) return;
+    const std::uint32_t n = (step_code + 1u) * factor;
+    // The instrument holds the distance in single precision.
+    const float narrowed = static_cast<float>(static_cast<double>(n));
+    const double distance = static_cast<double>(narrowed) / 10000000.0;
+    format_text_bounded(out, std::min<std::size_t>(size, 14), "%.7f", distance);
+}
+
+void format_scan_scale(char* out, std::size_t size, std::int32_t value, std::uint32_t units,
+                       std::uint32_t meas_mode) {
+    TextOut o(out, size);
+    char scratch[6];
+    int keep, decimals;
+    if (meas_mode == MEAS_MODE_CP) {
+        if (value == 0) {
+            o.put(units == 0 ? "  0.00" : "   0.0");
+            return;
+        }
+        const int precision = units == 0 ? 2 : 1;
+        format_text_bounded(scratch, sizeof scratch, "%*.*ld", 6, precision, static_cast<long>(value));
+        keep = units == 0 ? 3 : 4;
+        decimals = units == 0 ? 2 : 1;
+    } else {
+        const int precision = units == 0 ? 4 : 3;
+        format_text_bounded(scratch, sizeof scratch, "%5.*lu", precision,
+                            static_cast<unsigned long>(static_cast<std::uint32_t>(value)));
+        keep = units == 0 ? 2 : 3;
+        decimals = units == 0 ? 3 : 2;
+    }
+    cut_digits(o, scratch, keep, decimals);
+}
+
+void format_time_us(char* out, std::size_t size, std::int32_t value) {
+    TextOut o(out, size);
+    char scratch[NUMBER_TEXT_SIZE];
+    format_text_bounded(scratch, sizeof scratch, "%-5.5ld", static_cast<long>(value));
+    // At least five digits: the last two are dropped, two decimals remain.
+    const std::size_t length = std::strlen(scratch);
+    if (length < 5) return;
+    o.put(scratch, length - 4);
+    o.put('.');
+    o.put(scratch + (length - 4), 2);
+    o.put(" US");
+}
+
+void format_frequency_mhz(char* out, std::size_t size, std::uint16_t tenths_mhz) {
+    TextOut o(out, size);
+    char scratch[4];
+    format_text_bounded(scratch, sizeof scratch, "%d", static_cast<int>(tenths_mhz));
+    const std::size_t length = std::strlen(scratch);
+    if (length == 0) return;
+    o.put(scratch, length - 1);
+    o.put('.');
+    o.put(scratch[length - 1]);
+    o.put(" MHZ");
+}
+
+const char* format_pulser_voltage(std::uint32_t code) {
+    switch (code) {
+        case 1: return "60 V";
+        case 2: return "90 V";
+        case 3: return "120 V";
+        default: return "30 V";
+    }
+}
+
+void format_tenths(char* out, std::size_t size, std::uint16_t value) {
+    TextOut o(out, size);
+    char scratch[4];
+    // The instrument's format has a "0" flag that the precision overrides;
+    // it stays as the instrument wrote it.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat"
+    format_text_bounded(scratch, sizeof scratch, "%03.3d", static_cast<int>(value));
+#pragma GCC diagnostic pop
+    o.put(scratch, 2);
+    o.put('.');
+    o.put(scratch + std::min<std::size_t>(2, std::strlen(scratch)), 1);
+}
+
+void format_gain_setting(char* out, std::size_t size, std::uint16_t mode, std::uint16_t db) {
+    TextOut o(out, size);
+    if (mode == 4) {
+        char scratch[NUMBER_TEXT_SIZE];
+        format_text_bounded(scratch, sizeof scratch, "%-2dDB", static_cast<int>(db));
+        o.put(scratch);
+        if (db == 0) o.put(" MIN");
+        if (db == 94) o.put(" MAX");
+        return;
+    }
+    format_text_bounded(out, size, "%-4.4s", ui_text(48 + static_cast<std::int64_t>(mode)));
+}
+
+void format_velocity(char* out, std::size_t size, std::uint32_t value, std::uint32_t units) {
+    if (units == 0) {
+        format_text_bounded(out, size, "0.%05lu", static_cast<unsigned long>(value));
+    } else {
+        format_text_bounded(out, size, "%5lu", static_cast<unsigned long>(value));
+    }
+}
+
+void format_temperature(char* out, std::size_t size, std::int32_t fahrenheit, std::uint32_t metric) {
+    const std::size_t bound = std::min<std::size_t>(size, 10);
+    if (metric != 0) {
+        const float f = static_cast<float>(fahrenheit);
+        const float celsius = ((f - 32.0f) * 5.0f + 4.0f) / 9.0f;
+        format_text_bounded(out, bound, "% 4.1f C", static_cast<double>(celsius));
+    } else {
+        format_text_bounded(out, bound, "%4i F", static_cast<int>(fahrenheit));
+    }
+}
+
+void format_temp_coefficient(char* out, std::size_t size, std::int32_t value) {
+    constexpr float STEP = std::bit_cast<float>(std::uint32_t{0x3727C5ACu});  // 0.00001f
+    const float coefficient = static_cast<float>(value) * STEP;
+    // The " " flag of the instrument's format gives way to "+".
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat"
+    format_text_bounded(out, std::min<std::size_t>(size, 10), "% +1.5f", static_cast<double>(coefficient));
+#pragma GCC diagnostic pop
+}
+
+void blank_zeros(char* text) {
+    for (; *text != '\0'; ++text) {
+        if (*text == '0') *text = ' ';
+    }
+}
+
+}  // namespace ugf

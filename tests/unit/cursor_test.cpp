@@ -1,0 +1,322 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "ident/cursor.h"
+
+namespace ugf {
+namespace {
+
+constexpr std::int32_t TYPE_3D = 4;
+constexpr std::int32_t TYPE_3D_MANUAL = 11;
+constexpr std::int32_t TYPE_4D_MANUAL = 12;
+
+IdCursor box(std::int64_t s0, std::int64_t s1 = 0, std::int64_t s2 = 0, std::int64_t s3 = 0) {
+    IdCursor c;
+    c.dim_size = {s0, s1, s2, s3};
+    return c;
+}
+
+// Positions of the used dimensions, dimension 0 first, one digit each.
+std::string cell(const IdCursor& c, int dims) {
+    std::string s;
+    for (int d = 0; d < dims; ++d) s += static_cast<char>('0' + c.dim_position[d]);
+    return s;
+}
+
+TEST(CursorIndex, SeekAndFlatIndexAreInverse) {
+    struct Case {
+        IdCursor cursor;
+        std::int64_t index;
+        std::array<std::int64_t, 4> positions;
+    } cases[] = {
+        {box(3, 2), 4, {1, 1, 0, 0}},
+        {box(3, 2), 5, {2, 1, 0, 0}},
+        {box(2, 3, 2), 9, {1, 1, 1, 0}},
+        {box(2, 3, 4, 5), 119, {1, 2, 3, 4}},
+        {box(2, 3, 4, 5), 24 + 6 + 2 + 1, {1, 1, 1, 1}},
+        {box(7), 6, {6, 0, 0, 0}},
+    };
+    for (const Case& c : cases) {
+        IdCursor cursor = c.cursor;
+        cursor_seek(cursor, c.index);
+        EXPECT_EQ(cursor.dim_position, c.positions) << c.index;
+        EXPECT_EQ(cursor_flat_index(cursor), c.index) << c.index;
+    }
+}
+
+TEST(CursorIndex, SeekLeavesPositionsOfUnusedDimensionsAlone) {
+    IdCursor cursor = box(3, 2);
+    cursor.dim_position = {0, 0, 7, 9};
+    cursor_seek(cursor, 5);
+    EXPECT_EQ(cursor.dim_position, (std::array<std::int64_t, 4>{2, 1, 7, 9}));
+
+    IdCursor four = box(2, 3, 4, 1000);
+    four.dim_position = {1, 2, 3, 4};
+    EXPECT_EQ(cursor_flat_index(four), 119) << "the size of dimension 3 doesn't enter";
+}
+
+TEST(CursorIndex, DamagedSizesWrapAndNeverDivideByZero) {
+    // Three sizes of 2^28 multiply to 2^84, which wraps to 0: that divisor
+    // divides nothing and its position stays.
+    const std::int64_t big = std::int64_t{1} << 28;
+    IdCursor cursor = box(big, big, big, 1);
+    cursor.dim_position[3] = 9;
+    cursor_seek(cursor, 5 + 3 * big + (std::int64_t{2} << 56));
+    EXPECT_EQ(cursor.dim_position, (std::array<std::int64_t, 4>{5, 3, 2, 9}));
+
+    // A size of -1 divides by -1; the lowest index negates onto itself.
+    IdCursor negative = box(-1, -1);
+    cursor_seek(negative, INT64_MIN);
+    EXPECT_EQ(negative.dim_position[1], INT64_MIN);
+    EXPECT_EQ(negative.dim_position[0], 0);
+
+    // The last cell of a box of 2^32 in each dimension is 2^128 - 1, whose
+    // low 64 bits are all ones.
+    const std::int64_t huge = std::int64_t{1} << 32;
+    IdCursor wide = box(huge, huge, huge, huge);
+    wide.dim_position = {huge - 1, huge - 1, huge - 1, huge - 1};
+    EXPECT_EQ(cursor_flat_index(wide), -1);
+}
+
+TEST(CursorTotal, ProductUpToTheFirstUnusedDimensionLow32Bits) {
+    struct Case {
+        IdCursor cursor;
+        std::uint32_t total;
+    } cases[] = {
+        {box(3, 2), 6},
+        {box(2, 3, 4, 5), 120},
+        {box(3, 0, 4, 5), 3},
+        {box(0, 3, 4), 0},
+        {box(0), 0},
+        {box(65536, 65536), 0},
+        {box(65536, 65535), 4294901760u},
+        {box(-1, 2), 4294967294u},
+        {box(-1, -1, -1, -1), 1},
+        {box(500000001, 500000001, 500000001, 500000001), 1716229121u},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(point_total_of(c.cursor), c.total)
+            << c.cursor.dim_size[0] << " " << c.cursor.dim_size[1] << " "
+            << c.cursor.dim_size[2] << " " << c.cursor.dim_size[3];
+    }
+}
+
+TEST(CursorStep, WrapsAtBothEnds) {
+    struct Case {
+        std::int64_t position;
+        int number;
+        std::int16_t delta;
+        int wrapped;
+        std::int64_t after;
+    } cases[] = {
+        {0, 2, 1, 0, 1}, {2, 2, 1, 1, 0}, {0, 2, -1, 1, 2}, {2, 2, -1, 0, 1},
+        {1, 0, 1, 0, 1}, {1, 5, 1, 0, 1},  // no such dimension: nothing moves
+    };
+    for (const Case& c : cases) {
+        IdCursor cursor = box(5, 3);
+        cursor.dim_position[1] = c.position;
+        cursor.dim_position[0] = c.position;
+        EXPECT_EQ(cursor_step_dimension(cursor, c.number, c.delta), c.wrapped) << c.number;
+        EXPECT_EQ(cursor.dim_position[c.number == 2 ? 1 : 0], c.after) << c.number;
+        EXPECT_EQ(cursor.dim_position[c.number == 2 ? 0 : 1], c.position) << "the other dimension";
+    }
+}
+
+struct WalkCase {
+    const char* name;
+    IdCursor cursor;
+    std::uint8_t first, second, third, fourth;
+    std::int32_t pattern;
+    std::int32_t file_type;
+    const char* cells;    // visited from the all-zero cell; the next step closes the cycle
+    const char* indices;  // storage indices of those cells, or nullptr
+};
+
+std::vector<std::string> words(const char* text) {
+    std::vector<std::string> out;
+    std::istringstream in(text);
+    for (std::string w; in >> w;) out.push_back(w);
+    return out;
+}
+
+TEST(CursorWalk, WalkTables) {
+    const WalkCase cases[] = {
+        {"2D 1,2 standard", box(3, 2), 1, 2, 0, 0, WALK_STANDARD, TYPE_3D,
+         "00 10 20 01 11 21", "0 1 2 3 4 5"},
+        {"2D 1,2 reverse", box(3, 2), 1, 2, 0, 0, WALK_REVERSE, TYPE_3D,
+         "00 21 11 01 20 10", "0 5 4 3 2 1"},
+        {"2D 1,2 zigzag", box(3, 2), 1, 2, 0, 0, WALK_ZIGZAG, TYPE_3D,
+         "00 10 20 21 11 01", "0 1 2 5 4 3"},
+        {"2D 1,2 reverse zigzag", box(3, 2), 1, 2, 0, 0, WALK_REVERSE_ZIGZAG, TYPE_3D,
+         "00 01 11 21 20 10", "0 3 4 5 2 1"},
+        {"2D 2,1 standard", box(3, 2), 2, 1, 0, 0, WALK_STANDARD, TYPE_3D,
+         "00 01 10 11 20 21", "0 3 1 4 2 5"},
+        {"2D 2,1 reverse", box(3, 2), 2, 1, 0, 0, WALK_REVERSE, TYPE_3D,
+         "00 21 20 11 10 01", "0 5 2 4 1 3"},
+        {"2D 2,1 zigzag", box(3, 2), 2, 1, 0, 0, WALK_ZIGZAG, TYPE_3D,
+         "00 01 11 10 20 21", "0 3 4 1 2 5"},
+        {"2D 2,1 reverse zigzag", box(3, 2), 2, 1, 0, 0, WALK_REVERSE_ZIGZAG, TYPE_3D,
+         "00 21 20 10 11 01", "0 5 2 1 4 3"},
+        {"3D zigzag", box(3, 2, 2), 1, 2, 3, 0, WALK_ZIGZAG, TYPE_3D,
+         "000 100 200 210 110 010 011 111 211 201 101 001", nullptr},
+        {"3D reverse zigzag", box(3, 2, 2), 1, 2, 3, 0, WALK_REVERSE_ZIGZAG, TYPE_3D,
+         "000 001 101 201 211 111 011 010 110 210 200 100", nullptr},
+        {"3D zigzag 3,1,2", box(2, 3, 2), 3, 1, 2, 0, WALK_ZIGZAG, TYPE_3D,
+         "000 001 101 100 110 111 011 010 020 021 121 120", "0 6 7 1 3 9 8 2 4 10 11 5"},
+        {"4D zigzag", box(2, 2, 2, 2), 1, 2, 3, 4, WALK_ZIGZAG, TYPE_4D_MANUAL,
+         "0000 1000 1100 0100 0110 1110 1010 0010 0011 1011 1111 0111 0101 1101 1001 0001",
+         nullptr},
+        {"4D reverse zigzag", box(2, 2, 2, 2), 1, 2, 3, 4, WALK_REVERSE_ZIGZAG, TYPE_4D_MANUAL,
+         "0000 0001 1001 1101 0101 0111 1111 1011 0011 0010 1010 1110 0110 0100 1100 1000",
+         nullptr},
+        {"4D standard", box(2, 1, 1, 2), 1, 2, 3, 4, WALK_STANDARD, TYPE_4D_MANUAL,
+         "0000 1000 0001 1001", "0 1 2 3"},
+        {"1D standard", box(3), 1, 0, 0, 0, WALK_STANDARD, 0, "0 1 2", nullptr},
+        {"1D reverse", box(3), 1, 0, 0, 0, WALK_REVERSE, 0, "0 2 1", nullptr},
+        {"1D zigzag walks as standard", box(3), 1, 0, 0, 0, WALK_ZIGZAG, 0, "0 1 2", nullptr},
+        {"1D reverse zigzag walks as reverse", box(3), 1, 0, 0, 0, WALK_REVERSE_ZIGZAG, 0,
+         "0 2 1", nullptr},
+        {"gap in the order", box(3, 2), 0, 2, 1, 0, WALK_ZIGZAG, TYPE_3D,
+         "00 01 11 10 20 21", nullptr},
+        {"field above 4 is a gap", box(3, 2), 7, 1, 2, 0, WALK_REVERSE_ZIGZAG, TYPE_3D,
+         "00 01 11 21 20 10", nullptr},
+        {"field above 4 in standard", box(3, 2), 1, 200, 2, 0, WALK_STANDARD, TYPE_3D,
+         "00 10 20 01 11 21", nullptr},
+        {"fourth field only in 4D-MANUAL", box(2, 2, 2, 0), 1, 2, 0, 3, WALK_ZIGZAG, TYPE_3D_MANUAL,
+         "000 100 110 010", nullptr},
+    };
+    for (const WalkCase& c : cases) {
+        std::vector<std::string> cells = words(c.cells);
+        std::vector<std::string> indices;
+        if (c.indices != nullptr) indices = words(c.indices);
+        int dims = static_cast<int>(cells[0].size());
+        IdCursor cursor = c.cursor;
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            ASSERT_EQ(cell(cursor, dims), cells[i]) << c.name << ", step " << i;
+            if (!indices.empty()) {
+                EXPECT_EQ(std::to_string(cursor_flat_index(cursor)), indices[i])
+                    << c.name << ", step " << i;
+            }
+            cursor_walk(cursor, c.first, c.second, c.third, c.pattern, c.file_type, c.fourth);
+        }
+        EXPECT_EQ(cell(cursor, dims), cells[0]) << c.name << ": the cycle closes";
+    }
+}
+
+TEST(CursorWalk, ThirdPlaceWrapReachesTheFourthOnlyIn4DManual) {
+    for (std::int32_t type : {TYPE_3D_MANUAL, TYPE_4D_MANUAL}) {
+        IdCursor cursor = box(2, 2, 2, 2);
+        cursor.dim_position[3] = 1;
+        for (int i = 0; i < 8; ++i) cursor_walk(cursor, 1, 2, 3, WALK_STANDARD, type, 4);
+        std::int64_t fourth = type == TYPE_4D_MANUAL ? 0 : 1;
+        EXPECT_EQ(cursor.dim_position, (std::array<std::int64_t, 4>{0, 0, 0, fourth})) << type;
+    }
+}
+
+TEST(CursorWalk, NothingMovesWithoutPatternOrDimension) {
+    struct Case {
+        std::int32_t pattern;
+        std::uint8_t first, second, third;
+    } cases[] = {
+        {4, 1, 2, 0}, {-1, 1, 2, 0}, {100, 1, 2, 0},
+        {WALK_ZIGZAG, 0, 0, 0}, {WALK_REVERSE_ZIGZAG, 9, 0, 5}, {WALK_STANDARD, 0, 0, 0},
+    };
+    for (const Case& c : cases) {
+        IdCursor cursor = box(3, 2);
+        cursor.dim_position = {1, 1, 0, 0};
+        cursor_walk(cursor, c.first, c.second, c.third, c.pattern, TYPE_3D, 0);
+        EXPECT_EQ(cursor.dim_position, (std::array<std::int64_t, 4>{1, 1, 0, 0})) << c.pattern;
+    }
+}
+
+TEST(CursorWalk, NamedZigzagFormsSkipEmptyFields) {
+    // A three-by-two box walked over dimensions 1 and 2 whatever place the
+    // empty fields take: 00 10 20 21 11 01 forward.
+    IdCursor forward = box(3, 2);
+    forward.dim_position = {2, 0, 0, 0};
+    cursor_walk_zigzag_four(forward, 0, 1, 9, 2);
+    EXPECT_EQ(cell(forward, 2), "21");
+    IdCursor backward = box(3, 2);
+    backward.dim_position = {2, 1, 0, 0};
+    cursor_walk_reverse_zigzag_four(backward, 1, 0, 2, 0);
+    EXPECT_EQ(cell(backward, 2), "20");
+    cursor_walk_reverse_zigzag_three(backward, 0, 1, 2);
+    EXPECT_EQ(cell(backward, 2), "10");
+    cursor_walk_reverse_zigzag_three(backward, 0, 0, 0);
+    EXPECT_EQ(cell(backward, 2), "10") << "no dimension: nothing moves";
+}
+
+// Every increment order that places the dimensions 1..dims in the available
+// places (3, or 4 in "4D-MANUAL"), in any order, with the other places empty.
+void orders(int dims, int places, std::vector<std::array<std::uint8_t, 4>>& out) {
+    std::array<std::uint8_t, 4> order{};
+    auto place = [&](auto&& self, int number) -> void {
+        if (number > dims) {
+            out.push_back(order);
+            return;
+        }
+        for (int p = 0; p < places; ++p) {
+            if (order[p] != 0) continue;
+            order[p] = static_cast<std::uint8_t>(number);
+            self(self, number + 1);
+            order[p] = 0;
+        }
+    };
+    place(place, 1);
+}
+
+TEST(CursorWalk, EveryPatternAndOrderIsOneClosedCycleAndZigzagsRetraceEachOther) {
+    int walks = 0;
+    for (int dims = 1; dims <= 4; ++dims) {
+        for (std::int32_t type : {TYPE_3D, TYPE_4D_MANUAL}) {
+            if (dims == 4 && type != TYPE_4D_MANUAL) continue;
+            std::vector<std::array<std::uint8_t, 4>> all;
+            orders(dims, type == TYPE_4D_MANUAL ? 4 : 3, all);
+            int combos = 1;
+            for (int d = 0; d < dims; ++d) combos *= 4;
+            for (int combo = 0; combo < combos; ++combo) {
+                IdCursor start;
+                for (int d = 0, rest = combo; d < dims; ++d, rest /= 4) {
+                    start.dim_size[d] = 1 + rest % 4;
+                }
+                std::int64_t total = point_total_of(start);
+                for (const auto& o : all) {
+                    for (std::int32_t pattern = 0; pattern < 4; ++pattern) {
+                        ++walks;
+                        IdCursor cursor = start;
+                        std::vector<char> seen(static_cast<std::size_t>(total), 0);
+                        for (std::int64_t i = 0; i < total; ++i) {
+                            std::int64_t index = cursor_flat_index(cursor);
+                            ASSERT_TRUE(index >= 0 && index < total);
+                            ASSERT_EQ(seen[static_cast<std::size_t>(index)], 0)
+                                << "cell visited twice: dims " << dims << " combo " << combo
+                                << " pattern " << pattern;
+                            seen[static_cast<std::size_t>(index)] = 1;
+                            cursor_walk(cursor, o[0], o[1], o[2], pattern, type, o[3]);
+                        }
+                        ASSERT_EQ(cursor_flat_index(cursor), 0)
+                            << "cycle doesn't close: dims " << dims << " combo " << combo
+                            << " pattern " << pattern;
+                    }
+                    for (std::int64_t i = 0; i < total; ++i) {
+                        IdCursor cursor = start;
+                        cursor_seek(cursor, i);
+                        cursor_walk(cursor, o[0], o[1], o[2], WALK_ZIGZAG, type, o[3]);
+                        cursor_walk(cursor, o[0], o[1], o[2], WALK_REVERSE_ZIGZAG, type, o[3]);
+                        ASSERT_EQ(cursor_flat_index(cursor), i)
+                            << "dims " << dims << " combo " << combo;
+                    }
+                }
+            }
+        }
+    }
+    // 7, 18, 30 and 24 orders over 4, 16, 64 and 256 boxes, four patterns each.
+    EXPECT_EQ(walks, 33520);
+}
+
+}  // namespace
+}  // namespace ugf

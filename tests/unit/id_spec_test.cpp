@@ -1,0 +1,326 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ident/id_spec.h"
+
+namespace ugf {
+namespace {
+
+constexpr std::int32_t TYPE_LINEAR = 0;
+constexpr std::int32_t TYPE_2D = 2;
+constexpr std::int32_t TYPE_3D = 4;
+constexpr std::int32_t TYPE_BOILER = 5;
+constexpr std::int32_t TYPE_2D_MANUAL = 10;
+constexpr std::int32_t TYPE_3D_MANUAL = 11;
+constexpr std::int32_t TYPE_4D_MANUAL = 12;
+
+// A ranged spec; dimensions given from 0 upward, absent ones get no start.
+IdSpec ranged(const char* prefix, std::vector<std::array<const char*, 2>> dims,
+              std::vector<std::int32_t> steps) {
+    const char* start[3] = {};
+    const char* end[3] = {};
+    std::int32_t step[3] = {};
+    for (std::size_t d = 0; d < dims.size(); ++d) {
+        start[d] = dims[d][0];
+        end[d] = dims[d][1];
+        step[d] = steps[d];
+    }
+    IdSpec spec;
+    id_spec_init_ranges(spec, prefix, start, end, step);
+    return spec;
+}
+
+std::string text_at(IdSpec& spec, int dimension, std::int64_t position) {
+    spec.cursor.dim_position[dimension] = position;
+    id_spec_refresh(spec, TYPE_LINEAR);
+    return spec.dims[dimension].current_text;
+}
+
+TEST(IdSpecRanges, SizesAndTextsOfRanges) {
+    struct Case {
+        const char* start;
+        const char* end;
+        std::int32_t step;
+        std::int64_t size;
+        std::vector<std::pair<std::int64_t, const char*>> texts;
+    } cases[] = {
+        {"001", "010", 1, 10, {{0, "001"}, {1, "002"}, {8, "009"}, {9, "010"}}},
+        {"1", "9", 2, 5, {{0, "1"}, {1, "3"}, {2, "5"}, {3, "7"}, {4, "9"}}},
+        {"A0", "Z9", 13, 20, {{0, "A0"}, {1, "B3"}, {2, "C6"}, {3, "D9"}, {4, "F2"}, {19, "Y7"}}},
+        {"B07", "C02", 3, 32, {{0, "B07"}, {1, "B10"}, {2, "B13"}, {30, "B97"}, {31, "C00"}}},
+        {"AY", "BC", 1, 5, {{0, "AY"}, {1, "AZ"}, {2, "BA"}, {3, "BB"}, {4, "BC"}}},
+        {"AZ8", "BA2", 1, 5, {{0, "AZ8"}, {1, "AZ9"}, {2, "BA0"}, {4, "BA2"}}},
+        {"A-1", "A-9", 2, 5, {{0, "A-1"}, {1, "A-3"}, {2, "A-5"}, {3, "A-7"}, {4, "A-9"}}},
+        {"0095", "0100", 1, 6, {{0, "0095"}, {4, "0099"}, {5, "0100"}}},
+        {"0995", "1005", 1, 11, {{0, "0995"}, {4, "0999"}, {5, "1000"}, {10, "1005"}}},
+        {"100000000098", "100000000102", 1, 5,
+         {{0, "100000000098"}, {1, "100000000099"}, {2, "100000000100"}, {4, "100000000102"}}},
+        {"7", "7", 1, 1, {{0, "7"}}},
+        {"1", "8", 3, 3, {{0, "1"}, {2, "7"}}},  // a range that ends short of its end text
+        {"T1-A01", "T1-A10", 1, 10, {{0, "T1-A01"}, {9, "T1-A10"}}},
+    };
+    for (const Case& c : cases) {
+        IdSpec spec = ranged(nullptr, {{c.start, c.end}}, {c.step});
+        EXPECT_EQ(spec.cursor.dim_size[0], c.size) << c.start << " to " << c.end;
+        EXPECT_EQ(spec.cursor.dim_position[0], 0) << c.start << " to " << c.end;
+        for (const auto& [position, text] : c.texts) {
+            EXPECT_EQ(text_at(spec, 0, position), text)
+                << c.start << " to " << c.end << " at " << position;
+        }
+    }
+}
+
+TEST(IdSpecRanges, UnusedAndBrokenDimensions) {
+    IdSpec spec;
+    spec.dims[3].step = 5;
+    spec.cursor.dim_size[3] = 7;
+    const char* start[3] = {"A1", "", nullptr};
+    const char* end[3] = {"11", "B", "C"};
+    std::int32_t step[3] = {1, 1, 1};
+    id_spec_init_ranges(spec, "ABCDEFGHIJKLMNOPQRSTUVWXYZ", start, end, step);
+    EXPECT_STREQ(spec.prefix, "ABCDEFGHIJKLMNOPQRST") << "cut to 20";
+    EXPECT_EQ(spec.cursor.dim_size[0], -1) << "end and start of different shape";
+    EXPECT_EQ(spec.cursor.dim_position[0], 0);
+    EXPECT_STREQ(spec.dims[0].current_text, "A1");
+    for (int d : {1, 2}) {
+        EXPECT_EQ(spec.cursor.dim_size[d], 0) << d;
+        EXPECT_EQ(spec.dims[d].step, 0) << d;
+        EXPECT_STREQ(spec.dims[d].end_text, "") << d;
+    }
+    EXPECT_EQ(spec.dims[3].step, 5) << "dimension 3 is not touched";
+    EXPECT_EQ(spec.cursor.dim_size[3], 7);
+
+    // A failed difference at a refresh keeps the text.
+    spec.cursor.dim_position[0] = 3;
+    id_spec_refresh(spec, TYPE_LINEAR);
+    EXPECT_STREQ(spec.dims[0].current_text, "A1");
+    EXPECT_STREQ(spec.dims[1].current_text, "");
+
+    // A step of 0 (refused by the instrument) leaves the dimension unused.
+    IdSpec zero = ranged("P", {{"A1", "A9"}}, {0});
+    EXPECT_EQ(zero.cursor.dim_size[0], 0);
+    EXPECT_STREQ(zero.dims[0].start_text, "");
+    id_spec_refresh(zero, TYPE_LINEAR);
+    EXPECT_STREQ(zero.dims[0].current_text, "");
+
+    IdSpec none = ranged(nullptr, {}, {});
+    EXPECT_STREQ(none.prefix, "");
+}
+
+TEST(IdSpecRanges, PositionsOutsideTheRangeGiveNoText) {
+    struct Case {
+        const char* start;
+        const char* end;
+        std::int32_t step;
+        std::int64_t position;
+        const char* text;
+    } cases[] = {
+        {"1", "9", 2, 5, ""},             // 10 doesn't fit one digit
+        {"1", "9", 2, -1, ""},            // negative offset
+        {"AY", "BC", 1, 676, ""},         // 26 x 26 doesn't fit two letters
+        {"X-95", "X-99", 1, 5, "X-00"},   // the carry stops at the "-"
+        {"0095", "0100", INT32_MAX, INT64_MAX, ""},  // a product that wraps
+    };
+    for (const Case& c : cases) {
+        IdSpec spec = ranged(nullptr, {{c.start, c.end}}, {c.step});
+        EXPECT_EQ(text_at(spec, 0, c.position), c.text) << c.start << " at " << c.position;
+    }
+}
+
+TEST(IdSpecManual, LabelCountsAndPlaceholderTexts) {
+    const std::int64_t size[4] = {3, 2, 4, 5};
+    const std::int32_t step[4] = {1, 2, 3, 4};
+    struct Case {
+        std::int32_t file_type;
+        int used;
+    } cases[] = {{TYPE_2D_MANUAL, 2}, {TYPE_3D_MANUAL, 3}, {TYPE_4D_MANUAL, 4}, {TYPE_3D, 0}};
+    for (const Case& c : cases) {
+        IdSpec spec;
+        std::strcpy(spec.prefix, "OLD");
+        spec.cursor.dim_position = {1, 1, 1, 1};
+        id_spec_init_manual(spec, size, step, c.file_type);
+        EXPECT_STREQ(spec.prefix, "");
+        const char* starts[4] = {"S1", "S2", "S3", "S4"};
+        const char* ends[4] = {"E1", "E2", "E3", "E4"};
+        for (int d = 0; d < 4; ++d) {
+            EXPECT_STREQ(spec.dims[d].start_text, starts[d]);
+            EXPECT_STREQ(spec.dims[d].end_text, ends[d]);
+            EXPECT_EQ(spec.dims[d].step, d < c.used ? step[d] : 0) << c.file_type << " " << d;
+            EXPECT_EQ(spec.cursor.dim_size[d], d < c.used ? size[d] : 0) << c.file_type << " " << d;
+            EXPECT_EQ(spec.cursor.dim_position[d], 0);
+        }
+    }
+    // The text of a manual dimension is its offset, only a mark of presence.
+    IdSpec spec;
+    id_spec_init_manual(spec, size, step, TYPE_3D_MANUAL);
+    spec.cursor.dim_position = {2, 1, 3, 4};
+    id_spec_refresh(spec, TYPE_3D_MANUAL);
+    EXPECT_STREQ(spec.dims[0].current_text, "2");
+    EXPECT_STREQ(spec.dims[1].current_text, "2");
+    EXPECT_STREQ(spec.dims[2].current_text, "9");
+    EXPECT_STREQ(spec.dims[3].current_text, "");
+}
+
+// Labels by dimension and position, recording what the compose asked for.
+struct Labels {
+    std::vector<std::vector<const char*>> table;
+    std::vector<std::pair<int, int>> asked;  // dimension, position
+};
+
+const char* label_of(void* context, std::uint16_t position, int dimension) {
+    auto* labels = static_cast<Labels*>(context);
+    labels->asked.emplace_back(dimension, position);
+    const auto& row = labels->table[static_cast<std::size_t>(dimension)];
+    return position < row.size() ? row[position] : nullptr;
+}
+
+std::string compose(IdSpec& spec, std::int64_t index, std::int32_t file_type, int with_prefix,
+                    const LabelOp* label = nullptr, const char* suffix = nullptr,
+                    int suffix_dimension = 0) {
+    cursor_seek(spec.cursor, index);
+    id_spec_refresh(spec, file_type);
+    char out[ID_TEXT_SIZE + 8];
+    std::memset(out, '#', sizeof out);
+    id_spec_compose(spec, out, with_prefix, label, suffix, suffix_dimension, file_type);
+    for (std::size_t i = ID_TEXT_SIZE; i < sizeof out; ++i) {
+        EXPECT_EQ(out[i], '#') << "written past the text";
+    }
+    return out;
+}
+
+TEST(IdSpecCompose, PrefixAndDimensionsFromTheHighest) {
+    // Dimension 2 from A to C, 1 from 01 to 03, 0 from 1 to 2: 18 points.
+    IdSpec spec = ranged("T1-", {{"1", "2"}, {"01", "03"}, {"A", "C"}}, {1, 1, 1});
+    EXPECT_EQ(point_total_of(spec.cursor), 18u);
+    struct Case {
+        std::int64_t index;
+        const char* with_prefix;
+        const char* without;
+    } cases[] = {
+        {0, "T1-A011", "A011"}, {1, "T1-A012", "A012"}, {2, "T1-A021", "A021"},
+        {9, "T1-B022", "B022"}, {17, "T1-C032", "C032"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(compose(spec, c.index, TYPE_3D, 1), c.with_prefix) << c.index;
+        EXPECT_EQ(compose(spec, c.index, TYPE_3D, 0), c.without) << c.index;
+    }
+}
+
+TEST(IdSpecCompose, LabelOfDimensionZeroAndSuffix) {
+    // A boiler: tube 01 to 04, elevation 10 to 30 by 10, custom points.
+    IdSpec spec = ranged(nullptr, {{"1", "2"}, {"10", "30"}, {"01", "04"}}, {1, 10, 1});
+    Labels labels{{{"NORTH", "SOUTH"}, {}, {}}, {}};
+    LabelOp op{label_of, &labels};
+    EXPECT_EQ(compose(spec, 9, TYPE_BOILER, 1, &op, elevation_unit_text(2), 1), "0220FTSOUTH");
+    EXPECT_EQ(labels.asked, (std::vector<std::pair<int, int>>{{0, 1}}));
+    EXPECT_EQ(compose(spec, 9, TYPE_BOILER, 1, &op, elevation_unit_text(0), 1), "0220SOUTH");
+    EXPECT_EQ(compose(spec, 9, TYPE_BOILER, 1, &op, nullptr, 1), "0220SOUTH");
+    EXPECT_EQ(compose(spec, 9, TYPE_BOILER, 1, nullptr, "FT", 1), "0220FT2");
+
+    // An unused suffix dimension takes its suffix with it.
+    IdSpec gap = ranged(nullptr, {{"1", "2"}, {"", ""}, {"01", "04"}}, {1, 1, 1});
+    gap.cursor.dim_position = {1, 0, 2, 0};
+    id_spec_refresh(gap, TYPE_BOILER);
+    char out[ID_TEXT_SIZE];
+    id_spec_compose(gap, out, 1, &op, "FT", 1, TYPE_BOILER);
+    EXPECT_STREQ(out, "03SOUTH");
+
+    // A label past its table gives no text; the position reaches the label
+    // operation as its low 16 bits.
+    spec.cursor.dim_position = {65536 + 1, 0, 0, 0};
+    labels.asked.clear();
+    id_spec_compose(spec, out, 1, &op, nullptr, 0, TYPE_BOILER);
+    EXPECT_EQ(labels.asked, (std::vector<std::pair<int, int>>{{0, 1}}));
+    spec.cursor.dim_position[0] = 7;
+    id_spec_compose(spec, out, 1, &op, nullptr, 0, TYPE_BOILER);
+    EXPECT_STREQ(out, "0220");
+}
+
+TEST(IdSpecCompose, ManualFilesShowLabelsOnly) {
+    Labels labels{{{"1", "2", "3"}, {"E", "W"}, {"TOP", "BOT"}, {"TANK1", "TANK2"}}, {}};
+    LabelOp op{label_of, &labels};
+    const std::int64_t size[4] = {3, 2, 2, 2};
+    const std::int32_t steps[4] = {1, 1, 1, 1};
+    IdSpec spec;
+    id_spec_init_manual(spec, size, steps, TYPE_4D_MANUAL);
+    std::strcpy(spec.prefix, "P");  // never shown in a 4D-MANUAL file
+    EXPECT_EQ(compose(spec, 23, TYPE_4D_MANUAL, 1, &op, "FT", 1), "TANK2BOTW3");
+    EXPECT_EQ(compose(spec, 0, TYPE_4D_MANUAL, 1, &op), "TANK1TOPE1");
+    EXPECT_EQ(compose(spec, 0, TYPE_4D_MANUAL, 1, nullptr), "") << "no labels, no text";
+
+    // A manual dimension with a step of 0 drops out.
+    const std::int32_t gap_steps[4] = {1, 0, 1, 0};
+    IdSpec three;
+    id_spec_init_manual(three, size, gap_steps, TYPE_3D_MANUAL);
+    EXPECT_EQ(compose(three, 11, TYPE_3D_MANUAL, 1, &op), "BOT3");
+
+    IdSpec two;
+    id_spec_init_manual(two, size, steps, TYPE_2D_MANUAL);
+    EXPECT_EQ(compose(two, 4, TYPE_2D_MANUAL, 0, &op), "W2");
+}
+
+TEST(IdSpecCompose, LongIdentifiersAreCutTo20) {
+    IdSpec spec = ranged("ABCDEFGHIJKLMNOPQ-", {{"1", "2"}, {"01", "03"}, {"A", "C"}}, {1, 1, 1});
+    EXPECT_EQ(compose(spec, 17, TYPE_3D, 1), "ABCDEFGHIJKLMNOPQ-C0");
+    Labels labels{{{"A-VERY-LONG-CUSTOM-POINT-LABEL", "B"}, {}, {}}, {}};
+    LabelOp op{label_of, &labels};
+    EXPECT_EQ(compose(spec, 0, TYPE_3D, 0, &op, "SUFFIX", 0), "A01A-VERY-LONG-CUSTO");
+}
+
+TEST(IdSpecText, DimensionTextsAndUnits) {
+    IdSpec spec = ranged(nullptr, {{"1", "2"}, {"10", "30"}}, {1, 10});
+    cursor_seek(spec.cursor, 5);
+    id_spec_refresh(spec, TYPE_2D);
+    char out[ID_TEXT_SIZE] = "junk";
+    id_spec_dimension_text(spec, out, 1, TYPE_2D);
+    EXPECT_STREQ(out, "30");
+    id_spec_dimension_text(spec, out, 0, TYPE_2D);
+    EXPECT_STREQ(out, "2");
+    id_spec_dimension_text(spec, out, 2, TYPE_2D);
+    EXPECT_STREQ(out, "");
+    std::strcpy(out, "junk");
+    id_spec_dimension_text(spec, out, 4, TYPE_2D);
+    EXPECT_STREQ(out, "");
+
+    const char* units[] = {"", "IN", "FT", "MM", "M", "", ""};
+    for (std::int64_t u = 0; u <= 6; ++u) EXPECT_STREQ(elevation_unit_text(u), units[u]) << u;
+    EXPECT_STREQ(elevation_unit_text(-1), "");
+}
+
+TEST(IdSpecAdvance, WalksAndRefreshesTheTexts) {
+    // Rows 1 to 3 (dimension 0) in columns A and B (dimension 1).
+    IdSpec spec = ranged(nullptr, {{"1", "3"}, {"A", "B"}}, {1, 1});
+    struct Case {
+        std::int32_t pattern;
+        const char* ids;
+        const char* indices;
+    } cases[] = {
+        {WALK_ZIGZAG, "A2 A3 B3 B2 B1 A1", "1 2 5 4 3 0"},
+        {WALK_REVERSE, "B3 B2 B1 A3 A2 A1", "5 4 3 2 1 0"},
+    };
+    for (const Case& c : cases) {
+        cursor_seek(spec.cursor, 0);
+        std::string ids;
+        std::string indices;
+        for (int i = 0; i < 6; ++i) {
+            std::int64_t index = id_spec_advance(spec, 1, 2, 0, c.pattern, TYPE_2D, 0);
+            char out[ID_TEXT_SIZE];
+            id_spec_compose(spec, out, 1, nullptr, nullptr, 0, TYPE_2D);
+            if (i != 0) {
+                ids += ' ';
+                indices += ' ';
+            }
+            ids += out;
+            indices += std::to_string(index);
+        }
+        EXPECT_EQ(ids, c.ids) << c.pattern;
+        EXPECT_EQ(indices, c.indices) << c.pattern;
+    }
+}
+
+}  // namespace
+}  // namespace ugf
