@@ -1,0 +1,151 @@
+// Files that can't be opened as a session, run on the real binary: the read
+// error line where there is one, the failure line, status 1, no output file,
+// an older output file untouched and the input unchanged.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "support/scratch.h"
+#include "support/survey_image.h"
+
+namespace ugf {
+namespace {
+
+using test::ImageBuilder;
+using test::SurveyHeader;
+
+const std::string OPENING = "STATUS: Opening Datalogger Session...\n";
+const std::string READ_ERROR = "ERROR: FS_READ_ERROR.\n";
+const std::string FAILED = "ERROR: Operation failed!\n";
+const std::string OLDER_DETAILED = "older detailed output\n";
+const std::string OLDER_GRID = "older grid output\n";
+
+// Runs the converter on `image` in both forms and checks everything a failed
+// open leaves behind.
+void expect_open_fails(const ImageBuilder& image, const std::string& console, const std::string& name) {
+    for (const char* form : {"d", "g"}) {
+        test::ScratchDir dir;
+        const std::string input = dir.file("plant7.ugf");
+        image.save(input);
+        {
+            std::FILE* old = std::fopen(dir.file("plant7_detailed_output.csv").c_str(), "wb");
+            std::fputs(OLDER_DETAILED.c_str(), old);
+            std::fclose(old);
+        }
+        test::RunResult run = test::run_converter_binary({input, form, "a"});
+        EXPECT_EQ(run.console, console) << name << " " << form;
+        EXPECT_EQ(run.errors, "") << name;
+        EXPECT_EQ(run.status, 1) << name;
+        EXPECT_EQ(test::read_file(input).value_or(""), std::string(image.bytes.begin(), image.bytes.end()))
+            << name << ": the input is never written";
+        EXPECT_EQ(test::read_file(dir.file("plant7_detailed_output.csv")).value_or(""), OLDER_DETAILED) << name;
+        EXPECT_FALSE(std::filesystem::exists(dir.file("plant7_grid_output.csv"))) << name;
+    }
+}
+
+// A file that opens: header texts, labels in the manual layout, a setup in
+// the first and last entry, and notes up to the last row.
+ImageBuilder full_image(std::uint32_t file_type, std::uint32_t gage_type) {
+    SurveyHeader h;
+    h.file_type = file_type;
+    h.gage_type = gage_type;
+    h.prefix = "PLANT7-";
+    h.description = "FEED WATER LINE";
+    h.inspector_id = "INSPECTOR 12";
+    h.location = "UNIT 3 BASEMENT";
+    if (file_type >= 10) {
+        test::set_manual_labels(h, {{"1", "2", "3"}, {"NORTH", "SOUTH"}, {"TOP"}});
+    } else {
+        test::set_ranges(h, {{"01", "12"}, {"A", "F"}});
+    }
+    ImageBuilder image = test::survey_image(h);
+    for (int entry : {0, 31}) {
+        if (gage_type == 7) {
+            test::write_flaw_setup(image, file_type, entry, {.velocity = 232000, .range = 50000});
+        } else {
+            test::write_gauge_setup(image, file_type, entry, {.velocity = 23300, .setup_name = "DEFAULT"});
+        }
+    }
+    test::write_note(image, file_type, 0, "CORROSION UNDER INSULATION");
+    test::write_note(image, file_type, 15, "LAST NOTE");
+    return image;
+}
+
+TEST(SessionOpenRun, FilesCutInsideEveryRegion) {
+    struct Layout {
+        std::uint32_t file_type;
+        std::vector<std::size_t> cuts;
+    } layouts[] = {
+        // Header, setup table (0x300 to 0x12FF), notes (0x1300 to 0x14FF).
+        {2, {0, 1, 2, 3, 4, 5, 6, 8, 0x0C, 0x0E, 0x15, 0x22, 0x40, 0x50, 0x5A, 0x5F, 0x66, 0x6C,
+             0x76, 0x80, 0xA0, 0xC0, 0xDE, 0xE0, 0x100, 0x103, 0x109, 0x272, 0x275, 0x279, 0x27C,
+             0x281, 0x286, 0x288, 0x2A0, 0x300, 0x305, 0x340, 0x380, 0x900, 0x1280, 0x12EA,
+             0x12FF, 0x1300, 0x1310, 0x1360, 0x14E0, 0x14E8}},
+        // Header, manual labels (0x300 to 0x223F), setup table (0x2240 to
+        // 0x323F), notes (0x3240 to 0x343F).
+        {11, {0, 2, 0x30, 0x10A, 0x10B, 0x27A, 0x289, 0x300, 0x301, 0x314, 0x7D0, 0x7D3, 0xFA0,
+              0x223F, 0x2240, 0x2260, 0x2300, 0x31C0, 0x322A, 0x3240, 0x3260, 0x3420, 0x3428}},
+    };
+    for (const Layout& layout : layouts) {
+        for (std::uint32_t gage : {5u, 7u}) {
+            const ImageBuilder whole = full_image(layout.file_type, gage);
+            for (std::size_t cut : layout.cuts) {
+                ImageBuilder image = whole;
+                image.resize(cut);
+                char name[64];
+                std::snprintf(name, sizeof name, "type %u gage %u cut at %zu", layout.file_type, gage, cut);
+                expect_open_fails(image, OPENING + READ_ERROR + FAILED, name);
+            }
+        }
+    }
+}
+
+TEST(SessionOpenRun, RefusedAndUndecodableHeadersPrintNoLineOfTheirOwn) {
+    struct Case {
+        const char* name;
+        void (*change)(SurveyHeader&);
+    } cases[] = {
+        {"type 8, version 22", [](SurveyHeader& h) { h.file_type = 8; h.file_version = 22; }},
+        {"type 6, version 21", [](SurveyHeader& h) { h.file_type = 6; h.file_version = 21; }},
+        {"type 12, version 23", [](SurveyHeader& h) { h.file_type = 12; h.file_version = 23; }},
+        {"c2 of 19", [](SurveyHeader& h) { h.c2 = 19; }},
+        {"c1 of 20", [](SurveyHeader& h) { h.c1 = 20; }},
+        {"c0 of 21", [](SurveyHeader& h) { h.c0 = 21; }},
+        {"101 labels", [](SurveyHeader& h) {
+             h.file_type = 10;
+             h.dim_label_count = {101, 1, 0, 0};
+         }},
+        {"no labels below labels", [](SurveyHeader& h) {
+             h.file_type = 10;
+             test::set_manual_labels(h, {{}, {"A", "B"}});
+         }},
+        {"no rows below columns", [](SurveyHeader& h) {
+             h.file_type = 2;
+             test::set_ranges(h, {{"", ""}, {"A", "C"}});
+         }},
+        {"description without terminator", [](SurveyHeader& h) { h.description = std::string(33, 'D'); }},
+        {"start identifier without terminator", [](SurveyHeader& h) { h.start_id = std::string(21, '1'); }},
+    };
+    for (const Case& c : cases) {
+        SurveyHeader h;
+        c.change(h);
+        expect_open_fails(test::survey_image(h), OPENING + FAILED, c.name);
+    }
+
+    // A note of 32 characters whose terminator would be the next note's first character.
+    ImageBuilder image = full_image(3, 6);
+    test::write_note(image, 3, 7, std::string(32, 'N'));
+    test::write_note(image, 3, 8, "NEXT");
+    expect_open_fails(image, OPENING + FAILED, "note of 32 characters");
+}
+
+TEST(SessionOpenRun, ASetupNameWithoutTerminatorFailsTheOpen) {
+    ImageBuilder image = full_image(0, 6);
+    test::write_gauge_setup(image, 0, 12, {.setup_name = std::string(33, 'S')});
+    expect_open_fails(image, OPENING + FAILED, "setup name of 33 characters");
+}
+
+}  // namespace
+}  // namespace ugf
