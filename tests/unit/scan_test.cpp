@@ -617,6 +617,8 @@ TEST_F(ScanRead, BscanPointCountAndStoreSize) {
         EXPECT_EQ(console, "") << c.name << ": the points fail with no message";
         if (c.ok && c.file_points == 10000) {
             EXPECT_EQ(bscan_point(store, 9999).second, 0x5A00) << c.name;
+            const BscanPoint beyond = bscan_point(store, 10000);
+            EXPECT_EQ(beyond.first | beyond.second, 0) << "no point beyond the store";
         }
     }
 }
