@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "file/session.h"
+#include "present/number_format.h"
 #include "run/console.h"
 #include "store/record.h"
 #include "store/scan.h"
