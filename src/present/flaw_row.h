@@ -6,6 +6,7 @@
 // and the distance-amplitude curve, since the instrument doesn't store it.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
