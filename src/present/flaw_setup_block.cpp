@@ -14,10 +14,10 @@ namespace {
 constexpr std::size_t DB_TEXT_SIZE = 8;
 
 // Base rows of UiText selected by a code.
-constexpr std::int64_t UI_UNITS = 13;          // "IN", "MM", "US"
-constexpr std::int64_t UI_OFF_ON = 128;        // "OFF", "ON"
+constexpr std::int64_t UI_UNITS = 13;           // "IN", "MM", "US"
+constexpr std::int64_t UI_OFF_ON = 128;         // "OFF", "ON"
 constexpr std::int64_t UI_RECTIFICATION = 135;  // " RF ", "FULL", "HW+ ", "HW- "
-constexpr std::int64_t UI_MEAS_MODE = 1046;    // "P/E ", "DUAL", "THRU", "GATE 2"
+constexpr std::int64_t UI_MEAS_MODE = 1046;     // "P/E ", "DUAL", "THRU", "GATE 2"
 constexpr std::uint32_t THROUGH_TRANSMISSION = 2;  // meas_mode "THRU" doubles lengths
 
 constexpr std::array<const char*, 4> ENERGY = {"30 V", "60 V", "90 V", "120V"};

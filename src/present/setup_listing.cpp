@@ -17,7 +17,7 @@ constexpr std::size_t PIECE_SIZE = 100;
 constexpr std::size_t CELL_SIZE = 10;
 
 // Base rows of UiText selected by the units code.
-constexpr std::int64_t UI_UNITS = 13;           // "IN", "MM", "US"
+constexpr std::int64_t UI_UNITS = 13;            // "IN", "MM", "US"
 constexpr std::int64_t UI_VELOCITY_UNITS = 211;  // "IN/US", "M/S", "-----"
 constexpr std::int64_t UI_CP_UNITS = 1406;       // "MIL ", "MICR"
 constexpr std::int64_t UI_WIDE_BLANK = 2;        // 31 blanks
@@ -138,7 +138,9 @@ int write_setup_row_corrosion(const GaugeSetup& setup, int setup_number, CsvSink
     format_gain_setting(gain, sizeof gain, setup.gain_mode, setup.gain_db);
     const char* transducer = label_text(static_cast<std::int64_t>(setup.transducer) + 1);
     char mb_blank[CELL_SIZE] = "AUTO MB";
-    if (auto_mb(setup) == 0) format_text_bounded(mb_blank, sizeof mb_blank, "%d", static_cast<int>(setup.mb_blank));
+    if (auto_mb(setup) == 0) {
+        format_text_bounded(mb_blank, sizeof mb_blank, "%d", static_cast<int>(setup.mb_blank));
+    }
 
     char piece[PIECE_SIZE];
     format_text_bounded(piece, sizeof piece, "%d,%s,%s,%s,%s,%s,%s,%s,%s,%d,%s,%s,%s,%s,%d,%s,", setup_number,
@@ -151,7 +153,8 @@ int write_setup_row_corrosion(const GaugeSetup& setup, int setup_number, CsvSink
                         c.temp_calibration, on_off(coating_thickness(setup)));
     if (csv_write(piece, sink) == 0) return 0;
     // Type 3 has no word of its own and shows the transducer's.
-    format_text_bounded(piece, sizeof piece, "%s\n", code_text(MEASUREMENT_TYPE, measurement_type(setup), transducer));
+    format_text_bounded(piece, sizeof piece, "%s\n",
+                        code_text(MEASUREMENT_TYPE, measurement_type(setup), transducer));
     return csv_write(piece, sink);
 }
 
@@ -163,7 +166,8 @@ int write_setup_row_precision(const GaugeSetup& setup, int setup_number, CsvSink
     SharedCells c;
     fill_shared_cells(c, setup, style);
 
-    const char* meas_mode_text = mode < MEAS_MODE_ROW.size() ? label_text(MEAS_MODE_ROW[mode]) : ui_text(UI_WIDE_BLANK);
+    const char* meas_mode_text =
+        mode < MEAS_MODE_ROW.size() ? label_text(MEAS_MODE_ROW[mode]) : ui_text(UI_WIDE_BLANK);
     std::int64_t units_row = UI_UNITS;
     if (velocity_mode != 0) {
         units_row = UI_VELOCITY_UNITS;
@@ -173,8 +177,8 @@ int write_setup_row_precision(const GaugeSetup& setup, int setup_number, CsvSink
     char zero[NUMBER_TEXT_SIZE];
     format_text_bounded(zero, sizeof zero, "%ld", static_cast<long>(setup.zero));
     char piece[PIECE_SIZE];
-    format_text_bounded(piece, sizeof piece, "%d,%s,%s,%s,%s,%s,", setup_number, setup.setup_name, meas_mode_text,
-                        ui_text(units_row + u), c.velocity, zero);
+    format_text_bounded(piece, sizeof piece, "%d,%s,%s,%s,%s,%s,", setup_number, setup.setup_name,
+                        meas_mode_text, ui_text(units_row + u), c.velocity, zero);
     if (csv_write(piece, sink) == 0) return 0;
 
     format_text_bounded(piece, sizeof piece, "%s,%s,%s,%s,%s,%d,%s,", c.diff_type, c.diff_ref, c.alarm_type,
@@ -195,9 +199,11 @@ int write_setup_row_precision(const GaugeSetup& setup, int setup_number, CsvSink
     std::array<std::array<char, CELL_SIZE>, 4> times{};
     const std::array<std::int32_t, 4> counts = {setup.mb_blank, setup.if_blank, setup.c3_blank,
                                                 static_cast<std::int32_t>(setup.echo_window)};
-    for (std::size_t i = 0; i < times.size(); ++i) format_time_us(times[i].data(), CELL_SIZE, counts[i] * 125);
-    format_text_bounded(piece, sizeof piece, "%s,%s,%s,%s,", times[0].data(), times[1].data(), times[2].data(),
-                        times[3].data());
+    for (std::size_t i = 0; i < times.size(); ++i) {
+        format_time_us(times[i].data(), CELL_SIZE, counts[i] * 125);
+    }
+    format_text_bounded(piece, sizeof piece, "%s,%s,%s,%s,", times[0].data(), times[1].data(),
+                        times[2].data(), times[3].data());
     if (csv_write(piece, sink) == 0) return 0;
 
     char pulser[CELL_SIZE];
