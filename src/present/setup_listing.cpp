@@ -113,16 +113,17 @@ void fill_shared_cells(SharedCells& c, const GaugeSetup& s, const LengthStyle& s
 
 int write_setup_titles(const DlSession& session, CsvSink& sink) {
     const bool old = session.file_version < FIRST_VERSION_WITHOUT_DIRECTION;
+    std::array<const char*, 3> pieces{};
     if (session.gage_type == GAGE_PRECISION) {
-        return csv_write(PRECISION_TITLES, sink) != 0 && csv_write(PRECISION_TITLES_MIDDLE, sink) != 0 &&
-                       csv_write(old ? PRECISION_TITLES_END_OLD : PRECISION_TITLES_END, sink) != 0
-                   ? 1
-                   : 0;
+        pieces = {PRECISION_TITLES, PRECISION_TITLES_MIDDLE,
+                  old ? PRECISION_TITLES_END_OLD : PRECISION_TITLES_END};
+    } else {
+        pieces = {CORROSION_TITLES, old ? CORROSION_TITLES_END_OLD : CORROSION_TITLES_END, nullptr};
     }
-    return csv_write(CORROSION_TITLES, sink) != 0 &&
-                   csv_write(old ? CORROSION_TITLES_END_OLD : CORROSION_TITLES_END, sink) != 0
-               ? 1
-               : 0;
+    for (const char* piece : pieces) {
+        if (piece != nullptr && csv_write(piece, sink) == 0) return 0;
+    }
+    return 1;
 }
 
 int write_setup_row_corrosion(const GaugeSetup& setup, int setup_number, CsvSink& sink,
@@ -177,8 +178,9 @@ int write_setup_row_precision(const GaugeSetup& setup, int setup_number, CsvSink
     char zero[NUMBER_TEXT_SIZE];
     format_text_bounded(zero, sizeof zero, "%ld", static_cast<long>(setup.zero));
     char piece[PIECE_SIZE];
-    format_text_bounded(piece, sizeof piece, "%d,%s,%s,%s,%s,%s,", setup_number, setup.setup_name,
-                        meas_mode_text, ui_text(units_row + u), c.velocity, zero);
+    // The name is terminated within its field; the precision only guards it.
+    format_text_bounded(piece, sizeof piece, "%d,%.*s,%s,%s,%s,%s,", setup_number, SETUP_NAME_SIZE - 1,
+                        setup.setup_name, meas_mode_text, ui_text(units_row + u), c.velocity, zero);
     if (csv_write(piece, sink) == 0) return 0;
 
     format_text_bounded(piece, sizeof piece, "%s,%s,%s,%s,%s,%d,%s,", c.diff_type, c.diff_ref, c.alarm_type,
