@@ -75,35 +75,30 @@ TEST(SetupListing, TitleRowByGageTypeAndVersion) {
     }
 }
 
-TEST(SetupListing, PresentSetupsOnlyUnderTheirTableNumbers) {
-    GaugeSetupImage absent;
+TEST(SetupListing, PresentSetupsUnderTheirTableNumbers) {
+    GaugeSetupImage absent, velocity;
     absent.setup_present = 0;
-    absent.units = 1;
     absent.transducer = 7;
-    GaugeSetupImage velocity;
     velocity.measurement_type = 1;
-    const test::CsvText csv =
-        listing_of<GaugeSetupImage>(5, 24, {{0, GaugeSetupImage{}}, {2, absent}, {5, velocity}});
-    EXPECT_EQ(csv.result, 1);
-    EXPECT_EQ(csv.text,
+    const test::CsvText gauge = listing_of<GaugeSetupImage>(5, 24, {{0, {}}, {2, absent}, {5, velocity}});
+    EXPECT_EQ(gauge.result, 1);
+    EXPECT_EQ(gauge.text,
               CORROSION_TITLES + "\n" +
                   "0,IN,0.00000,0.00000,OFF, 0.00,OFF, 0.00, 0.00,0, 0.00,LOW ,XDCR-01 1.0 MHZ,0,0, 0.00,"
                   "OFF,+0.00000,   0 F,OFF,THICKNESS\n"
                   "5,IN/US,0.00000,0.00000,OFF, 0.000,OFF, 0.000, 0.000,0, 0.000,LOW ,XDCR-01 1.0 MHZ,0,0,"
                   " 0.000,OFF,+0.00000,   0 F,OFF,VELOCITY\n");
-}
 
-TEST(SetupListing, FlawDetectorBlocksWithoutTitlesAndUnknownGageFails) {
-    const test::FlawSetupImage present;
-    const test::FlawSetupImage absent{.setup_present = 0};
-    const test::CsvText flaw =
-        listing_of<test::FlawSetupImage>(7, 24, {{1, present}, {3, absent}, {4, present}});
+    // The flaw detector: no title row, a block for each present setup.
+    const test::FlawSetupImage no_flaw{.setup_present = 0};
+    const test::CsvText flaw = listing_of<test::FlawSetupImage>(7, 24, {{1, {}}, {3, no_flaw}, {4, {}}});
     EXPECT_EQ(flaw.result, 1);
     EXPECT_EQ(flaw.text.rfind("\nSETUP,1\nUNITS,IN\n", 0), 0u);
     EXPECT_NE(flaw.text.find("\nAPI K FACTOR,0.0000\n\nSETUP,4\nUNITS,IN\n"), std::string::npos);
     EXPECT_EQ(std::count(flaw.text.begin(), flaw.text.end(), '\n'), 2 * 64);
 
-    const test::CsvText unknown = listing_of<GaugeSetupImage>(9, 24, {{3, GaugeSetupImage{}}});
+    // Any other gage type has the corrosion gauge's titles and no rows.
+    const test::CsvText unknown = listing_of<GaugeSetupImage>(9, 24, {{3, {}}});
     EXPECT_EQ(unknown.result, 0);
     EXPECT_EQ(unknown.text, CORROSION_TITLES + "\n");
 }
@@ -168,18 +163,18 @@ TEST(SetupListing, PrecisionGaugeRows) {
         void (*set)(GaugeSetupImage&);
         std::string row;
     } cases[] = {
-        {"inch setup, times of 0.0125 us, custom encoder x 1000",
+        {"inch setup, times of 0.0125 us (one cut to 9), custom encoder x 1000",
          [](GaugeSetupImage& s) {
              s.alarm_type = 3; s.diff_type = 1; s.resolution = 1; s.echo1_negative = 1; s.pulser_power = 2;
              s.low_alarm = 12345; s.high_alarm = 123456; s.diff_reference = 5000; s.alarm_percent = 50;
              s.zero = -1234; s.velocity = 23300; s.gain_mode = 123; s.gain_db = 5; s.slope = 40;
-             s.transducer_frequency = 50; s.mb_blank = 4; s.if_blank = -4; s.c3_blank = 100;
+             s.transducer_frequency = 50; s.mb_blank = 4; s.if_blank = -4; s.c3_blank = -32768;
              s.echo_window = 65535; s.setup_name = "PIPE A"; s.auto_phase_detect = 1;
              s.temp_compensation = 1; s.bs_res_mode = 2; s.bs_encoder = 3; s.bs_step_code = 9;
              s.temp_coefficient = 1500; s.temp_calibration = 68; s.custom_encoder_res = 50;
          },
          "0,PIPE A,C1,IN,0.23300,-1234,ABSOLUTE,0.5000,HIGH-LOW,1.2345,12.346,50,0.0000,12.3,00.5,04.0,,5.0 MHZ,"
-         "0.05 US,-0.05 US,1.25 US,819.18 US,-,+,90 V,0.0500000,ON,+0.01500,  68 F,ON\n"},
+         "0.05 US,-0.05 US,-409.60 U,819.18 US,-,+,90 V,0.0500000,ON,+0.01500,  68 F,ON\n"},
         {"mode 5 in microns; the scan resolution stays in millimetres",
          [](GaugeSetupImage& s) {
              s.diff_type = 2; s.diff_ref_blank = 1; s.units = 1; s.resolution = 1; s.echo2_negative = 1;
@@ -194,10 +189,10 @@ TEST(SetupListing, PrecisionGaugeRows) {
          [](GaugeSetupImage& s) { s.measurement_type = 1; s.low_alarm = 1234; s.meas_mode = 5; },
          "0,,CP,IN/US,0.00000,0,OFF,   0.0,OFF,  12.3,   0.0,0,   0.0,00.0,00.0,00.0,,.0 MHZ,"
          "0.00 US,0.00 US,0.00 US,0.00 US,+,+,30 V, 0.000,OFF,+0.00000,   0 F,OFF\n"},
-        {"mode without a name, a time cell cut to nine characters",
-         [](GaugeSetupImage& s) { s.units = 2; s.c3_blank = -32768; s.meas_mode = 9; },
+        {"a mode without a name",
+         [](GaugeSetupImage& s) { s.units = 2; s.meas_mode = 9; },
          "0,," + std::string(31, ' ') + ",US,    0,0,OFF,  0.00,OFF,  0.00,  0.00,0,  0.00,00.0,00.0,00.0,,.0 MHZ,"
-         "0.00 US,0.00 US,-409.60 U,0.00 US,+,+,30 V,  0.00,OFF,+0.00000,   0 F,OFF\n"},
+         "0.00 US,0.00 US,0.00 US,0.00 US,+,+,30 V,  0.00,OFF,+0.00000,   0 F,OFF\n"},
     };
     for (const Case& c : cases) {
         GaugeSetupImage setup;
