@@ -88,71 +88,38 @@ TEST(SampleValues, TenToALineAndAClosingLineEnd) {
     EXPECT_EQ(lines(beyond), 33);
 }
 
-test::ThicknessAscanImage thickness_ascan(std::uint32_t units) {
-    test::ThicknessAscanImage a;
-    a.head.units = units;
-    return a;
-}
-
-// The dump of the A-scan `a` linked from slot 0, under a setup 0 of `meas_mode`.
-std::string thickness_dump(std::uint32_t gage, std::uint32_t meas_mode, const test::ThicknessAscanImage& a,
-                           int more) {
-    ImageBuilder image = survey(gage);
-    test::GaugeSetupImage setup;
-    setup.meas_mode = meas_mode;
-    test::write_gauge_setup(image, 0, 0, setup);
-    test::write_slot(image, 0, 0, test::link_record(2, BLOCK));
-    test::write_ascan_thickness(image, BLOCK, a);
-    Dump d(image);
-    EXPECT_EQ(write_ascan_dump_thickness(d.session, store, d.sink, more), 1);
-    return d.text();
-}
-
-TEST(ThicknessAscanDump, ListsSettingsAndTitlesAgain) {
-    test::ThicknessAscanImage a = thickness_ascan(1);
-    a.max_samples = {1, 2, 3};
-    a.min_samples = {4, 5, 6};
-    a.bracket_2 = 7;
-    a.bracket_3 = 2;
-    a.delay = 1234;
-    a.range = 100000;
-    a.rect_index = 1;
-    a.mb_blank = 10;
-    a.if_blank_raw = -32768;  // a 32-bit difference, not cut to 16 bits
-    a.marker1 = 32767;
-    a.marker2 = 20;
-    EXPECT_EQ(thickness_dump(5, 0, a, 1),
-              ",MAX DATA [3][7][2]\n,1,2,3,\n,\n,MIN DATA [3][7][2]\n,4,5,6,\n,"
-              "DELAY=12.34MM,RANGE=100.00MM,RECT=FULL,ZOOM=ON,FREEZE=OFF,MB BLANK=10,"
-              "IF BLANK=-65535,MARKER1=32767,MARKER2=20,WAVEFORM=FILLED\n" + TITLES_5);
-}
-
-TEST(ThicknessAscanDump, SettingsLinesOfBothGauges) {
+TEST(ThicknessAscanDump, ListsSettingsLinesAndTitlesAgain) {
+    // Every case has the same lists and display fields; the blanking
+    // difference is 32-bit in the corrosion line and 16-bit in the precision line.
+    const std::string lists = ",MAX DATA [3][7][2]\n,1,2,3,\n,\n,MIN DATA [3][7][2]\n,4,5,6,\n,";
+    const std::string corrosion_marks = "MB BLANK=-3,IF BLANK=-65535,MARKER1=32767,MARKER2=2,WAVEFORM=";
+    const std::string precision_marks = "MARKER1=32767,MB BLANK=-3,MARKER2=2,IF BLANK=1,MARKER3=4,C3 BLANK=5,ECHO WIND=-6,";
     struct Case {
         std::uint32_t gage, meas_mode, units, delay, range, rect, zoom, freeze_outline, delay_negative;
-        const char* line;
+        int more;
+        std::string line;
     } cases[] = {
-        {5, 0, 0, 1234, 0, 3, 2, 1, 0,
-         "DELAY=1.234IN,RANGE=0.000IN,RECT=HW- ,ZOOM=OFF,FREEZE=ON,MB BLANK=-3,IF BLANK=-65535,"
-         "MARKER1=32767,MARKER2=2,WAVEFORM=OUTLINE"},
+        {5, 0, 1, 1234, 100000, 1, 0, 0, 0, 1,
+         "DELAY=12.34MM,RANGE=100.00MM,RECT=FULL,ZOOM=ON,FREEZE=OFF," + corrosion_marks + "FILLED\n" + TITLES_5},
+        {5, 0, 0, 1234, 0, 3, 2, 1, 0, 0,
+         "DELAY=1.234IN,RANGE=0.000IN,RECT=HW- ,ZOOM=OFF,FREEZE=ON," + corrosion_marks + "OUTLINE\n"},
         // Mode 5: the values times 1000 in mils, the sign in the first place,
-        // the blank of "MIL " kept, the blanking difference in 16 bits.
-        {6, 5, 0, 12, 30, 0, 1, 1, 1,
-         "DELAY=-12.00MIL ,RANGE=30.00MIL ,RECT= RF ,ZOOM=OFF,FREEZE=ON,WAVEFORM=OUTLINE,"
-         "MARKER1=32767,MB BLANK=-3,MARKER2=2,IF BLANK=1,MARKER3=4,C3 BLANK=5,ECHO WIND=-6,"},
-        {6, 5, 0, 1, 0, 0, 0, 0, 0,
-         "DELAY=1.00MIL ,RANGE=0.00MIL ,RECT= RF ,ZOOM=ON,FREEZE=OFF,WAVEFORM=FILLED,"
-         "MARKER1=32767,MB BLANK=-3,MARKER2=2,IF BLANK=1,MARKER3=4,C3 BLANK=5,ECHO WIND=-6,"},
-        {6, 0, 1, 1234, 0, 2, 0, 0, 1,
-         "DELAY=12.34MM,RANGE=0.00MM,RECT=HW+ ,ZOOM=ON,FREEZE=OFF,WAVEFORM=FILLED,"
-         "MARKER1=32767,MB BLANK=-3,MARKER2=2,IF BLANK=1,MARKER3=4,C3 BLANK=5,ECHO WIND=-6,"},
+        // the blank of "MIL " kept.
+        {6, 5, 0, 12, 30, 0, 1, 1, 1, 0,
+         "DELAY=-12.00MIL ,RANGE=30.00MIL ,RECT= RF ,ZOOM=OFF,FREEZE=ON,WAVEFORM=OUTLINE," + precision_marks + "\n"},
+        {6, 0, 1, 1234, 0, 2, 0, 0, 1, 0,
+         "DELAY=12.34MM,RANGE=0.00MM,RECT=HW+ ,ZOOM=ON,FREEZE=OFF,WAVEFORM=FILLED," + precision_marks + "\n"},
         // An unknown gage type writes the corrosion gauge's line.
-        {9, 5, 0, 1234, 0, 0, 0, 0, 0,
-         "DELAY=1.234IN,RANGE=0.000IN,RECT= RF ,ZOOM=ON,FREEZE=OFF,MB BLANK=-3,IF BLANK=-65535,"
-         "MARKER1=32767,MARKER2=2,WAVEFORM=FILLED"},
+        {9, 5, 0, 1234, 0, 0, 0, 0, 0, 0,
+         "DELAY=1.234IN,RANGE=0.000IN,RECT= RF ,ZOOM=ON,FREEZE=OFF," + corrosion_marks + "FILLED\n"},
     };
     for (const Case& c : cases) {
-        test::ThicknessAscanImage a = thickness_ascan(c.units);
+        test::ThicknessAscanImage a;
+        a.head.units = c.units;
+        a.max_samples = {1, 2, 3};
+        a.min_samples = {4, 5, 6};
+        a.bracket_2 = 7;
+        a.bracket_3 = 2;
         a.delay = c.delay;
         a.range = c.range;
         a.rect_index = c.rect;
@@ -166,13 +133,20 @@ TEST(ThicknessAscanDump, SettingsLinesOfBothGauges) {
         a.marker3 = 4;
         a.c3_blank = 5;
         a.echo_window = -6;
-        EXPECT_EQ(thickness_dump(c.gage, c.meas_mode, a, 0),
-                  std::string(",MAX DATA [0][0][0]\n,\n,\n,MIN DATA [0][0][0]\n,\n,") + c.line + "\n");
+        ImageBuilder image = survey(c.gage);
+        test::GaugeSetupImage setup;
+        setup.meas_mode = c.meas_mode;
+        test::write_gauge_setup(image, 0, 0, setup);
+        test::write_slot(image, 0, 0, test::link_record(2, BLOCK));
+        test::write_ascan_thickness(image, BLOCK, a);
+        Dump d(image);
+        EXPECT_EQ(write_ascan_dump_thickness(d.session, store, d.sink, c.more), 1);
+        EXPECT_EQ(d.text(), lists + c.line);
     }
 }
 
 TEST(FlawAscanDump, PeakGatesAndDacTable) {
-    test::FlawAscanImage full;
+    test::FlawAscanImage full, other;
     full.dac_shown = full.peak_shown = full.dac_stored = full.peak_stored = 1;
     full.bracket_2 = 5;
     full.bracket_3 = 1;
@@ -181,20 +155,13 @@ TEST(FlawAscanDump, PeakGatesAndDacTable) {
     full.min_samples = {1, 2};
     full.dac_points = {{800, 300}};
     full.peak_bytes = {7, 9};
-    full.gate1_mti = 16350;
-    full.gate1_amplitude = 512;
-    full.gate2_mti = 16351;
-    full.gate2_amplitude = 511;
-    // DAC shown without points; stored peak data and points that aren't shown.
-    test::FlawAscanImage empty_dac, hidden;
-    empty_dac.dac_shown = 1;
-    empty_dac.gate1_mti = 16351;
-    empty_dac.gate1_amplitude = 511;
-    empty_dac.gate2_mti = 16350;
-    empty_dac.gate2_amplitude = 512;
-    hidden.dac_stored = hidden.peak_stored = 1;
-    hidden.dac_points = {{800, 300}};
-    hidden.peak_bytes = {7, 9};
+    full.gate1_mti = other.gate2_mti = 16350;
+    full.gate1_amplitude = other.gate2_amplitude = 512;
+    full.gate2_mti = other.gate1_mti = 16351;
+    full.gate2_amplitude = other.gate1_amplitude = 511;
+    // Shown flags decide, not stored ones: a DAC table shown with no points,
+    // peak data stored and not shown.
+    other.dac_shown = other.peak_stored = 1;
     struct Case {
         const test::FlawAscanImage& a;
         std::uint32_t dac_mode;
@@ -202,17 +169,13 @@ TEST(FlawAscanDump, PeakGatesAndDacTable) {
         std::string expected;
     } cases[] = {
         {full, 2, 1,
-         ",MAX DATA [2][5][1][2]\n,10,20,\n,\n,MIN DATA [2][5][1][2]\n,1,2,\n,"
-         "\n,PEAK MAX DATA [2][5][1][2]\n,9,7,\n,"
+         ",MAX DATA [2][5][1][2]\n,10,20,\n,\n,MIN DATA [2][5][1][2]\n,1,2,\n,\n,PEAK MAX DATA [2][5][1][2]\n,9,7,\n,"
          "\n,GATE 1 MTI,16350\n,GATE 1 DETECTION AMPLITUDE,LOS\n,GATE 2 MTI,LOS\n,GATE 2 DETECTION AMPLITUDE,511\n"
          "\n,DAC,JIS\n,THICKNESS,AMPLITUDE,DETECTION COUNT\n, 1.165 IN,300,800\n\n" + TITLES_7},
-        {empty_dac, 4, 0,
+        {other, 4, 0,
          ",MAX DATA [0][0][0][0]\n,\n,\n,MIN DATA [0][0][0][0]\n,\n,"
          "\n,GATE 1 MTI,LOS\n,GATE 1 DETECTION AMPLITUDE,511\n,GATE 2 MTI,16350\n,GATE 2 DETECTION AMPLITUDE,LOS\n"
          "\n,DAC,\n,THICKNESS,AMPLITUDE,DETECTION COUNT\n\n"},
-        {hidden, 0, 0,
-         ",MAX DATA [0][0][0][0]\n,\n,\n,MIN DATA [0][0][0][0]\n,\n,"
-         "\n,GATE 1 MTI,0\n,GATE 1 DETECTION AMPLITUDE,0\n,GATE 2 MTI,0\n,GATE 2 DETECTION AMPLITUDE,0\n\n"},
     };
     for (const Case& c : cases) {
         ImageBuilder image = survey(7);
