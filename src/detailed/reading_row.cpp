@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 
+#include "present/flaw_row.h"
 #include "present/number_format.h"
 #include "run/labels.h"
 
@@ -152,12 +153,6 @@ int finish_row(const char* row, const DlSession& session, const ReadingRecord& r
 
 const char* length_unit_text(std::uint32_t units, bool cp_mode) {
     return ui_text((cp_mode ? CP_UNIT_ROW : UNIT_ROW) + units);
-}
-
-const char* alarm_state_text(std::uint32_t alarm_state) {
-    static constexpr std::array<const char*, 6> TEXTS = {"OFF",          "HIGH",        "LOW",
-                                                         "WARNING HIGH", "WARNING LOW", "ON"};
-    return code_text(TEXTS, alarm_state);
 }
 
 int write_column_titles(std::int32_t gage_type, CsvSink& sink) {

@@ -43,8 +43,4 @@ int write_measurement_pairs(const DlSession& session, const ReadingRecord& readi
 // "MIL ", "MICR" in measurement mode 5 of the precision gauge (`cp_mode`).
 const char* length_unit_text(std::uint32_t units, bool cp_mode);
 
-// "OFF", "HIGH", "LOW", "WARNING HIGH", "WARNING LOW", "ON" for the alarm
-// codes 0 to 5 of readings and scan points; any other code has no text.
-const char* alarm_state_text(std::uint32_t alarm_state);
-
 }  // namespace ugf

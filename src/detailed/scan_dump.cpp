@@ -5,6 +5,7 @@
 
 #include "detailed/reading_row.h"
 #include "present/dac_curve.h"
+#include "present/flaw_row.h"
 #include "present/number_format.h"
 #include "run/labels.h"
 
