@@ -1,0 +1,240 @@
+#include "detailed/detailed_body.h"
+
+#include <cstddef>
+#include <cstdint>
+
+#include "detailed/export.h"
+#include "detailed/header_values.h"
+#include "detailed/preamble.h"
+#include "detailed/reading_row.h"
+#include "detailed/scan_dump.h"
+#include "file/field.h"
+#include "ident/cursor.h"
+#include "ident/id_spec.h"
+#include "ident/session_id.h"
+#include "present/number_format.h"
+#include "present/reading_value.h"
+#include "present/setup_listing.h"
+#include "run/console.h"
+
+namespace ugf {
+
+namespace {
+
+// The one store of the run's scans: each reading overwrites it, and its row
+// and dump are written before the next slot is read.
+ScanStore scan_store;
+
+// The flaw detector marks a box that holds no reading with this value.
+constexpr std::uint32_t BOX_EMPTY_MARKER = 0x1FFFFFFF;
+// Box kind "ECHO TO ECHO": a B-scan stores its lost pairs as empty boxes.
+constexpr std::uint32_t BOX_KIND_ECHO_TO_ECHO = 28;
+
+constexpr std::size_t ID_CELL_SIZE = ID_TEXT_SIZE + 1;  // the identifier and its comma
+constexpr std::size_t LIST_ROW_SIZE = 40;               // "19," and a label of 19 characters
+
+// The velocity test of a thickness gauge record: a raw thickness of
+// THICKNESS_IS_VELOCITY holds a sound velocity, whose text is made here.
+void test_velocity(const ReadingRecord& record, ReadingScan& scan) {
+    if (is_velocity_reading(record)) {
+        scan.velocity_flag = 1;
+        make_velocity_text(velocity_value(record), units(record));
+    }
+}
+
+// word1 of a flaw detector B-scan head: the instrument stores a box without a
+// reading in several ways, which the row shows as the empty marker, or as 0
+// where only an echo-to-echo box knows the marker.
+std::uint32_t map_bscan_box1(std::uint32_t stored, const FlawSetup& setup) {
+    if (stored == 0x7FFFFFFDu || stored == 0xFFFFFFFFu) return BOX_EMPTY_MARKER;
+    if (stored == 0x7FFFFFFEu || stored == 0x000FFFFFu) {
+        return box1_kind(setup) == BOX_KIND_ECHO_TO_ECHO ? BOX_EMPTY_MARKER : 0u;
+    }
+    return stored;
+}
+
+void merge_flaw_head(const DlSession& session, ReadingRecord& reading, const ScanStore& store,
+                     ReadingScan& scan) {
+    std::uint32_t lo = reading.word0 & 0xFFFFu;
+    std::uint32_t hi = reading.word0 >> 16;
+    const std::uint32_t type = record_type(reading);
+    if (type == RECORD_ASCAN_LINK) {
+        const std::uint32_t ahi = store.ascan.head.word0 >> 16;
+        lo = store.ascan.head.word0 & 0xFFFFu;  // the notes of the block
+        // The block's setup number moves into the reading's; the A-scan mark
+        // replaces the B-scan mark.
+        hi = ((ahi & 0x3Eu) << 7) | (hi & 0xE0F7u) | 0x10u;
+        reading.word0 = (hi << 16) | lo;
+        reading.word1 = store.ascan.box_value[0];
+        reading.word2 = store.ascan.box_value[1];
+        reading.word3 = store.ascan.box_value[2];
+        scan.has_ascan = 1;
+        scan.ascan_ref = &store.ascan;
+    } else if (type == RECORD_BSCAN_LINK) {
+        const std::uint32_t bhi = store.bscan.head.word0 >> 16;
+        // The setup number of the block, the B-scan mark for the A-scan mark,
+        // and no notes.
+        hi = (hi & 0xE0EFu) | (bhi & 0x1F00u) | 0x8u;
+        reading.word0 = hi << 16;
+        reading.word2 = store.bscan.head.word2;
+        reading.word3 = store.bscan.head.word3;
+        const FlawSetup& setup = session.setups[flaw_setup_number(reading)].flaw;
+        reading.word1 = map_bscan_box1(store.bscan.head.word1, setup);
+        scan.has_bscan = 1;
+    }
+}
+
+// One walk over the readings. `output_form` 0 writes the plain grid rows of
+// "LINEAR" and "MANUAL" files; 1 the rows of the detailed table with their
+// dumps.
+int walk_readings(DlSession& session, int output_form, CsvSink& sink) {
+    const std::int32_t gage_type = session.gage_type;
+    // Any instrument but the precision gauge and the flaw detector prints the
+    // corrosion gauge's digits.
+    const DigitLayout layout = gage_type == GAGE_PRECISION       ? LAYOUT_PRECISION
+                               : gage_type == GAGE_FLAW_DETECTOR ? LAYOUT_FLAW
+                                                                 : LAYOUT_STANDARD;
+    const bool stored_ids = session.file_type == FILE_TYPE_MANUAL;
+    const std::uint32_t point_total = point_total_of(session.id_spec.cursor);
+
+    std::uint32_t storage_index = 0;
+    for (std::uint32_t visit = 0; visit < point_total; ++visit) {
+        ReadingRecord reading{};
+        char id_text[ID_CELL_SIZE] = {};
+        if (read_reading(session, storage_index, reading, scan_store, output_form) == 0) return 0;
+
+        const ReadingScan scan = merge_scan_head(session, reading, scan_store);
+
+        if (stored_ids) {
+            session_stored_id(session, storage_index, id_text);
+        } else {
+            session_point_id(session, storage_index, id_text, 1);
+        }
+        std::size_t length = 0;
+        while (length < ID_TEXT_MAX && id_text[length] != '\0') ++length;
+        id_text[length] = ',';
+        id_text[length + 1] = '\0';
+        if (csv_write(id_text, sink) == 0) return 0;
+
+        const ScanStore* dac_store = scan.ascan_ref != nullptr ? &scan_store : nullptr;
+        if (print_reading_value(session, reading, sink, 0, layout, output_form, scan.ascan_ref,
+                                dac_store, scan.velocity_flag) == 0) {
+            return 0;
+        }
+
+        if (output_form != OUTPUT_DETAILED) {
+            if (csv_write("\n", sink) == 0) return 0;
+        } else {
+            int written = 1;
+            if (gage_type == GAGE_CORROSION) {
+                written = write_columns_corrosion(session, reading, scan.has_ascan, sink,
+                                                  scan.velocity_flag);
+            } else if (gage_type == GAGE_PRECISION) {
+                written = write_columns_precision(session, reading, scan.has_ascan, sink,
+                                                  scan.velocity_flag);
+            } else if (gage_type != GAGE_FLAW_DETECTOR) {
+                written = 0;  // no row of its own for an unknown instrument
+            }
+            if (written == 0) return 0;
+
+            const int more = visit != point_total - 1 ? 1 : 0;
+            if (scan.has_ascan != 0) {
+                if (gage_type == GAGE_FLAW_DETECTOR) {
+                    const FlawSetup setup = session.setups[flaw_setup_number(reading)].flaw;
+                    written = write_ascan_dump_flaw(session, scan_store, setup, sink, more);
+                } else {
+                    written = write_ascan_dump_thickness(session, scan_store, sink, more);
+                }
+                if (written == 0) return 0;
+            }
+            if (scan.has_bscan != 0 &&
+                write_bscan_dump(session, reading, scan_store, sink, more) == 0) {
+                return 0;
+            }
+        }
+
+        if (stored_ids) {
+            ++storage_index;
+        } else {
+            // The walk steps from the point whose identifier was just composed.
+            const std::int64_t next =
+                id_spec_advance(session.id_spec, session.first_inc, session.second_inc,
+                                session.third_inc, session.walk_pattern, session.file_type,
+                                session.fourth_inc);
+            storage_index = static_cast<std::uint32_t>(static_cast<std::uint64_t>(next));
+        }
+    }
+    return 1;
+}
+
+// The reading table with everything behind it: titles, walk, setups.
+int write_readings_and_setups(DlSession& session, CsvSink& sink) {
+    if (write_column_titles(session.gage_type, sink) == 0) return 0;
+    if (walk_readings(session, OUTPUT_DETAILED, sink) == 0) return 0;
+    return write_setup_listing(session, sink);
+}
+
+}  // namespace
+
+ReadingScan merge_scan_head(const DlSession& session, ReadingRecord& reading,
+                            const ScanStore& store) {
+    ReadingScan scan;
+    if (session.gage_type == GAGE_FLAW_DETECTOR) {
+        merge_flaw_head(session, reading, store, scan);
+        return scan;
+    }
+    // The slot is tested as read, a link included (its link stands where the
+    // low thickness bits are).
+    test_velocity(reading, scan);
+    const std::uint32_t type = record_type(reading);
+    if (type == RECORD_ASCAN_LINK) {
+        reading = store.ascan.head;
+        test_velocity(reading, scan);
+        scan.has_ascan = 1;
+        scan.ascan_ref = &store.ascan;
+    } else if (type == RECORD_BSCAN_LINK) {
+        reading = store.bscan.head;
+        scan.has_bscan = 1;
+    }
+    return scan;
+}
+
+int write_custom_point_list(DlSession& session, CsvSink& sink) {
+    if (csv_write("\nCUSTOM POINT #,CUSTOM POINT TEXT\n", sink) == 0) return 0;
+    for (int i = 0; i < CUSTOM_POINT_LABEL_COUNT; ++i) {
+        char label[DIM_LABEL_SIZE] = {};
+        const std::uint64_t offset = CUSTOM_POINT_LABELS_OFFSET + 20u * static_cast<std::uint64_t>(i);
+        if (read_text(session.stream, offset, label, sizeof label, 20) == 0) return 0;
+        char row[LIST_ROW_SIZE] = {};
+        format_text_bounded(row, sizeof row, "%i,%s\n", i, label);
+        if (csv_write(row, sink) == 0) return 0;
+    }
+    return 1;
+}
+
+int export_linear_file(DlSession& session, int output_form, CsvSink& sink) {
+    if (output_form != OUTPUT_DETAILED) return walk_readings(session, OUTPUT_GRID, sink);
+
+    // One array carries the preamble and then the column names.
+    char head[HEADER_BUFFER_MAX] = {};
+    const std::size_t head_size = header_buffer_size(session.file_type);
+    if (write_file_preamble(head, head_size, session.gage_type, CONVERTER_VERSION, sink) == 0) {
+        return 0;
+    }
+    if (write_column_names(head, head_size, session.file_type, sink) == 0) return 0;
+    if (write_header_values(session, sink) == 0) return 0;
+    if (write_identity_rows(session, sink) == 0) return 0;
+    if (write_note_list(session, sink) == 0) return 0;
+    return write_readings_and_setups(session, sink);
+}
+
+int export_detailed_body(DlSession& session, CsvSink& sink) {
+    const std::int32_t type = session.file_type;
+    if (type == FILE_TYPE_LINEAR_CPT || type == FILE_TYPE_2D_CPT || type == FILE_TYPE_BOILER) {
+        if (write_custom_point_list(session, sink) == 0) return 0;
+    }
+    if (write_note_list(session, sink) == 0) return 0;
+    return write_readings_and_setups(session, sink);
+}
+
+}  // namespace ugf

@@ -1,0 +1,122 @@
+// "LINEAR" and "MANUAL" files in both output forms (the whole detailed file,
+// and the list of one identifier and value a reading), and instruments of an
+// unknown gage type, whose detailed output ends behind its head.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "detailed_support.h"
+
+namespace ugf::test {
+namespace {
+
+// Three columns: a reading, a B-scan whose block head has `block_type`, and a
+// lost signal with note C attached.
+ImageBuilder linear_survey(std::uint32_t block_type) {
+    SurveyHeader h;
+    h.gage_type = 5;
+    h.prefix = "TK";
+    h.id_count = 3;
+    set_ranges(h, {{"001", "003"}});
+    ImageBuilder image = survey_image(h);
+    write_note(image, 0, 2, "GOUGE");
+    write_slot(image, 0, 0, gauge_record({.resolution = 1, .thickness = 12345}));
+    write_slot(image, 0, 1, link_record(4, 6000));
+    write_slot(image, 0, 2, gauge_record({.los = 1, .note_mask = 4}));
+    // The points are shown with the setup's units and resolution (setup 0 is
+    // all zeros: inches, two decimals), not with the reading's.
+    write_bscan(image, 6000,
+                {.head = gauge_record({.record_type = block_type, .bscan_mode = 1,
+                                       .resolution = 1, .thickness = 5000}),
+                 .points = {{.magnitude = 4000}}});
+    return image;
+}
+
+const std::string LINEAR_HEAD =
+    PREAMBLE_CORROSION + COLUMNS_LINEAR + "FILE-NAME.CSV,LINEAR,29,TK,001,003,1,STANDARD,3,0," +
+    STAMPS + IDENTITY_EMPTY +
+    "\nNOTES DESIGNATOR,NOTE TEXT\n"
+    "A,\nB,\nC,GOUGE\nD,\nE,\nF,\nG,\nH,\nI,\nJ,\nK,\nL,\nM,\nN,\nO,\nP,\n" +
+    TITLES_CORROSION + "TK001, 1.235,IN,OFF,OFF,LOW ,OFF,,0,STD,OFF,OFF,,,,,,\n";
+
+// The list form shows a lost signal by its note, and never loads a B-scan:
+// a block head of the wrong type passes there and fails the detailed form.
+TEST(DetailedLinear, LinearFileInBothForms) {
+    const std::string list = "TK001, 1.235\nTK002, 0.500\nTK003,GOUGE\n";
+    expect_converts(linear_survey(5), "d",
+                    LINEAR_HEAD + "TK002, 0.500,IN,OFF,OFF,LOW ,OFF,,0,STD,ON,OFF,,,,,,\n" +
+                        BSCAN_TITLE + ",1, 0.40,IN,OFF, \n" + TITLES_CORROSION +
+                        "TK003,--.---,IN,OFF,OFF,LOW ,OFF,C,0,STD,OFF,OFF,,,,,,\n" +
+                        SETUP_TITLES_CORROSION);
+    expect_converts(linear_survey(5), "g", list);
+
+    expect_converts(linear_survey(3), "g", list);
+    expect_fails_after(linear_survey(3), "d", LINEAR_HEAD);
+}
+
+// "MANUAL" takes its slots in storage order whatever the pattern says, each
+// with the identifier stored beside it; one that has no terminator within its
+// 21 bytes leaves the identifier cell empty.
+TEST(DetailedLinear, ManualFileInBothForms) {
+    SurveyHeader h;
+    h.file_type = 8;
+    h.gage_type = 6;
+    h.prefix = "M-";
+    h.id_count = 4;
+    h.walk_pattern = 1;
+    set_ranges(h, {{"1", "4"}});
+    ImageBuilder image = survey_image(h);
+    write_slot(image, 8, 0, gauge_record({.resolution = 1, .thickness = 12345}), "PIPE-A7");
+    write_slot(image, 8, 1, {}, "VALVE 3");
+    write_slot(image, 8, 2,
+               gauge_record({.los = 1, .note_mask = 5, .first_kind = 1, .second_kind = 1,
+                             .first_value = 300}),
+               "ABCDEFGHIJKLMNOPQRSTU");
+    write_slot(image, 8, 3, gauge_record({.resolution = 1, .thickness = 500}), "");
+
+    expect_converts(image, "d",
+                    PREAMBLE_PRECISION +
+                        "PREFIX,PATTERN,# ID,# SETUP,# NOTES,CREATED,LAST SAVED\n"
+                        "FILE-NAME.CSV,MANUAL,29,M-,REVERSE,4,0," + STAMPS + IDENTITY_EMPTY +
+                        NOTES_EMPTY + TITLES_PRECISION +
+                        "PIPE-A7,1.2345,IN,OFF,OFF,,0,OFF,OFF,,,,,,\n"
+                        "VALVE 3,,,,,,,,,,,,,,\n"
+                        ",-.---,IN,OFF,OFF,AC,0,OFF,OFF,--.---,COATING,-.----,MIN,-.----,MAX\n"
+                        ",0.0500,IN,OFF,OFF,,0,OFF,OFF,,,,,,\n" +
+                        SETUP_TITLES_PRECISION);
+    expect_converts(image, "g", "PIPE-A7,1.2345\nVALVE 3,\n,A:C\n,0.0500\n");
+}
+
+// An unknown instrument has a list form in the corrosion gauge's digits, and
+// a detailed form that stops where the reading table would begin.
+TEST(DetailedLinear, UnknownGageTypeInBothForms) {
+    const std::string unknown_preamble =
+        "UFH: 1,PRODUCT: " + std::string(31, ' ') + ",VERSION: V3.03.03\nFILENAME,TYPE,FILE VERSION,";
+
+    SurveyHeader h;
+    h.gage_type = 9;
+    h.prefix = "U";
+    set_ranges(h, {{"1", "2"}});
+    ImageBuilder image = survey_image(h);
+    write_slot(image, 0, 0, gauge_record({.resolution = 1, .thickness = 12345}));
+    write_slot(image, 0, 1, gauge_record(velocity_reading(23300, 1)));
+    expect_converts(image, "g", "U1, 1.235\nU2, 5918\n");
+    expect_fails_after(image, "d",
+                       unknown_preamble + COLUMNS_LINEAR +
+                           "FILE-NAME.CSV,LINEAR,29,U,1,2,1,STANDARD,0,0," + STAMPS +
+                           IDENTITY_EMPTY + NOTES_EMPTY);
+
+    h.file_type = 2;
+    set_ranges(h, {{"1", "1"}, {"A", "A"}});
+    image = survey_image(h);
+    write_slot(image, 2, 0, {});
+    expect_fails_after(image, "d",
+                       unknown_preamble +
+                           "PREFIX,START COL,START ROW,END COL,END ROW,1ST INC,COL STEP,ROW STEP,"
+                           "PATTERN,# ID,# SETUP,# NOTES,CREATED,LAST SAVED\n"
+                           "FILE-NAME.CSV,2D,29,U,A,1,A,1,ROW,1,1,STANDARD,0,0," + STAMPS +
+                           IDENTITY_EMPTY + NOTES_EMPTY);
+}
+
+}  // namespace
+}  // namespace ugf::test
