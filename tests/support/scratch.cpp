@@ -56,7 +56,8 @@ std::optional<std::string> read_output(const std::string& path) {
     return content;
 }
 
-RunResult run_converter_binary(const std::vector<std::string>& args, const std::string& workdir) {
+RunResult run_converter_binary(const std::vector<std::string>& args, const std::string& workdir,
+                               unsigned timeout_seconds) {
     ScratchDir capture;
     const std::string out_path = capture.file("stdout");
     const std::string err_path = capture.file("stderr");
@@ -85,6 +86,7 @@ RunResult run_converter_binary(const std::vector<std::string>& args, const std::
         dup2(in, 0);
         dup2(out, 1);
         dup2(err, 2);
+        alarm(timeout_seconds);  // survives the exec: a run that hangs is killed
         execvp(argv[0], argv.data());
         _exit(127);
     }

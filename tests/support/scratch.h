@@ -35,9 +35,10 @@ struct RunResult {
 };
 
 // Runs the converter with these arguments (the program name is added) in the
-// folder `workdir`, or in the test's own folder when it is empty.
+// folder `workdir`, or in the test's own folder when it is empty. A run that
+// takes longer than `timeout_seconds` is killed and has the status -1.
 RunResult run_converter_binary(const std::vector<std::string>& args,
-                               const std::string& workdir = "");
+                               const std::string& workdir = "", unsigned timeout_seconds = 120);
 
 // The console text of a run that opened the file and exported it: the three
 // status lines around `echo`.
