@@ -1,0 +1,81 @@
+#include "present/reading_value.h"
+
+#include <array>
+#include <cstring>
+
+#include "present/flaw_row.h"
+#include "present/number_format.h"
+
+namespace ugf {
+
+namespace {
+
+// Room for the longest note (30 characters) or for the letters of all 16
+// notes with their separators, and the trailing comma.
+constexpr std::size_t NOTE_CELL_SIZE = 40;
+
+// The text that stands for a lost thickness in a grid: the note of the
+// highest set bit of the mask, or, with several notes, their letters ("A"
+// for bit 0) joined by ":". False when the reading has no note.
+bool note_cell_text(const DlSession& session, std::uint32_t mask, char* out, std::size_t size) {
+    int count = 0;
+    int highest = 0;
+    for (int b = 0; b < NOTE_COUNT; ++b) {
+        if ((mask >> b) & 1u) {
+            ++count;
+            highest = b;
+        }
+    }
+    if (count == 0) return false;
+    if (count == 1) {
+        format_text_bounded(out, size, "%s", session.note_table[highest]);
+        return true;
+    }
+    std::size_t n = 0;
+    for (int b = 0; b < NOTE_COUNT && n + 2 < size; ++b) {
+        if (((mask >> b) & 1u) == 0) continue;
+        if (n != 0) out[n++] = ':';
+        out[n++] = static_cast<char>('A' + b);
+    }
+    out[n] = '\0';
+    return true;
+}
+
+}  // namespace
+
+int print_thickness_cell(const ReadingRecord& reading, CsvSink& sink, int comma, int layout,
+                         std::uint32_t meas_mode, int velocity_cell) {
+    if (record_type(reading) == RECORD_EMPTY) return comma == 1 ? csv_write(",", sink) : 1;
+
+    std::array<char, NUMBER_TEXT_SIZE> text{};
+    if (los(reading) != 0) {
+        format_text_bounded(text.data(), text.size(), "%s", layout == LAYOUT_PRECISION ? "-.---" : "--.---");
+    } else if (velocity_cell == 1) {
+        format_text_bounded(text.data(), text.size(), "%s", velocity_text());
+    } else {
+        format_thickness(text.data(), text.size(), thickness_length(reading), units(reading), resolution(reading),
+                         static_cast<DigitLayout>(layout), 0, meas_mode);
+    }
+    std::array<char, NUMBER_TEXT_SIZE + 1> cell{};
+    format_text_bounded(cell.data(), cell.size(), comma == 1 ? "%s," : "%s", text.data());
+    return csv_write(cell.data(), sink);
+}
+
+int print_reading_value(const DlSession& session, const ReadingRecord& reading, CsvSink& sink,
+                        int comma, int layout, int full, const AscanRecord* scan,
+                        const ScanStore* store, int velocity_cell) {
+    if (session.gage_type == GAGE_FLAW_DETECTOR) {
+        return print_flaw_reading(session, reading, sink, full, scan, store);
+    }
+    const std::uint32_t mode = meas_mode(session.setups[setup_number(reading)].gauge);
+    if (los(reading) != 0 && full == 0) {
+        std::array<char, NOTE_CELL_SIZE> notes{};
+        if (note_cell_text(session, note_mask(reading), notes.data(), notes.size() - 1)) {
+            if (comma == 1) std::strcat(notes.data(), ",");
+            return csv_write(notes.data(), sink);
+        }
+    }
+    return print_thickness_cell(reading, sink, comma, layout, mode, velocity_cell);
+}
+
+}  // namespace ugf

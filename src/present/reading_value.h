@@ -1,0 +1,42 @@
+// The value of one reading as CSV text, for the detailed rows and the grid
+// cells alike. A thickness gauge reading is one cell: its thickness, the
+// marker of a lost signal, or (in a grid) the notes that the inspector
+// attached in place of the lost thickness. A flaw detector reading is handed
+// to its own row writer (present/flaw_row.h).
+#pragma once
+
+#include <cstdint>
+
+#include "file/session.h"
+#include "present/number_format.h"
+#include "run/console.h"
+#include "store/record.h"
+#include "store/scan.h"
+
+namespace ugf {
+
+// Writes the value of `reading` through csv_write.
+//   comma          1: the cell ends with "," (grid); 0: the text stands alone.
+//   layout         the DigitLayout of the instrument (LAYOUT_STANDARD for gage
+//                  type 5 and unknown types, LAYOUT_PRECISION for 6,
+//                  LAYOUT_FLAW for 7).
+//   full           1: the whole detailed row (flaw detector) and the lost
+//                  signal marker whatever the notes; 0: a grid cell.
+//   scan           the A-scan of a flaw detector reading that has one, else
+//                  nullptr.
+//   store          the scan store that holds the DAC points of `scan`, or
+//                  nullptr (then no curve exists).
+//   velocity_cell  1: a velocity reading whose text stands in velocity_text().
+// Gage type 7 ignores comma, layout and velocity_cell. 1, or 0 when a write
+// fails.
+int print_reading_value(const DlSession& session, const ReadingRecord& reading, CsvSink& sink,
+                        int comma, int layout, int full, const AscanRecord* scan,
+                        const ScanStore* store, int velocity_cell);
+
+// One thickness gauge cell: nothing or "," for an empty slot, the lost signal
+// marker ("--.---", "-.---" under LAYOUT_PRECISION), the velocity text, or
+// the thickness; with comma 1 a "," follows. Always 1.
+int print_thickness_cell(const ReadingRecord& reading, CsvSink& sink, int comma, int layout,
+                         std::uint32_t meas_mode, int velocity_cell);
+
+}  // namespace ugf
