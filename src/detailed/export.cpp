@@ -5,6 +5,7 @@
 #include "detailed/detailed_body.h"
 #include "detailed/header_values.h"
 #include "detailed/preamble.h"
+#include "grid/grid.h"
 
 namespace ugf {
 
@@ -17,11 +18,14 @@ bool has_export(std::int32_t file_type) {
            file_type != FILE_TYPE_INCREMENTAL;
 }
 
-// The grid bodies come with their own unit.
 int export_grid(DlSession& session, CsvSink& sink) {
-    (void)session;
-    (void)sink;
-    return 0;
+    switch (session.file_type) {
+        case FILE_TYPE_LINEAR_CPT: return export_grid_1d(session, sink);
+        case FILE_TYPE_2D:
+        case FILE_TYPE_2D_MANUAL: return export_grid_2d(session, sink);
+        case FILE_TYPE_4D_MANUAL: return export_grid_4d(session, sink);
+        default: return export_grid_3d(session, sink);  // 2D+CPT, 3D, BOILER, 3D-MANUAL
+    }
 }
 
 int export_detailed(DlSession& session, CsvSink& sink) {
