@@ -13,7 +13,7 @@ if [ ! -x "$converter" ]; then
   echo "no converter at $converter: build it first (cmake --preset default && cmake --build --preset default)" >&2
   exit 2
 fi
-mkdir -p "$out"
+mkdir -p "$out" && out="$(cd "$out" && pwd)"
 
 failed=0
 total=0

@@ -92,20 +92,6 @@ TEST(SessionPointId, BoilerUnitStandsBehindTheElevation) {
     }
 }
 
-TEST(SessionPointId, CustomPointPositionsBeyondTheLabelsHaveNoText) {
-    // Custom points 1 to 25 of a LINEAR+CPT file: positions 20 and above have no label.
-    SurveyHeader h;
-    h.file_type = 1;
-    h.prefix = "P-";
-    test::set_ranges(h, {{"01", "25"}, {"A", "B"}});
-    h.custom_point_labels[19] = "LAST";
-    OpenSurvey o(test::survey_image(h));
-    EXPECT_EQ(o.point(19, 1), "P-ALAST");
-    EXPECT_EQ(o.point(20, 1), "P-A");
-    EXPECT_EQ(o.dimension(45, 0), "");
-    EXPECT_EQ(o.dimension(45, 1), "B");
-}
-
 TEST(SessionPointId, ManualFilesJoinTheirLabels) {
     SurveyHeader h;
     h.file_type = 12;
