@@ -1,0 +1,313 @@
+#include "detailed/scan_dump.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "detailed/reading_row.h"
+#include "present/dac_curve.h"
+#include "present/flaw_row.h"
+#include "present/number_format.h"
+#include "run/labels.h"
+
+namespace ugf {
+
+namespace {
+
+constexpr std::size_t LINE_BUFFER_SIZE = 96;
+
+// UiText rows of the display settings.
+constexpr std::int64_t OFF_ROW = 128;
+constexpr std::int64_t ON_ROW = 129;
+constexpr std::int64_t RECT_ROW = 135;     // " RF ", "FULL", "HW+ ", "HW- "
+constexpr std::int64_t OUTLINE_ROW = 165;
+constexpr std::int64_t FILLED_ROW = 166;
+constexpr std::int64_t DAC_MODE_ROW = 1037;  // "ASME", "ASME 3", "JIS", "CUSTOM"
+constexpr std::uint32_t DAC_MODE_NAMES = 4;
+
+// Flaw detector measurement mode "THRU": its lengths show doubled.
+constexpr std::uint32_t MEAS_MODE_THRU = 2;
+
+// The value a B-scan point stores for a position without a reading, in
+// inches and (times ten) in millimetres.
+constexpr std::int32_t POINT_EMPTY_IN = 0xFFFFF;
+constexpr std::int32_t POINT_EMPTY_MM = 0x9FFFF6;
+
+const char* skip_blanks(const char* text) {
+    while (*text == ' ') ++text;
+    return text;
+}
+
+int write_scale_item(CsvSink& sink, const char* name, const char* value, const char* unit) {
+    char item[LINE_BUFFER_SIZE];
+    format_text(item, sizeof item, "%s=%s%s,", name, value, unit);
+    return csv_write(item, sink);
+}
+
+int write_text_item(CsvSink& sink, const char* name, const char* text) {
+    char item[LINE_BUFFER_SIZE];
+    format_text(item, sizeof item, "%s=%s,", name, text);
+    return csv_write(item, sink);
+}
+
+int write_number_item(CsvSink& sink, const char* name, int value) {
+    char item[LINE_BUFFER_SIZE];
+    format_text(item, sizeof item, "%s=%d,", name, value);
+    return csv_write(item, sink);
+}
+
+const char* rect_text(const AscanRecord& a) { return ui_text(RECT_ROW + rect_index(a)); }
+const char* zoom_text(const AscanRecord& a) { return ui_text(zoom_bits(a) == 0 ? ON_ROW : OFF_ROW); }
+const char* freeze_text(const AscanRecord& a) { return ui_text(freeze(a) == 1 ? ON_ROW : OFF_ROW); }
+const char* waveform_text(const AscanRecord& a) {
+    return ui_text(outline(a) == 1 ? OUTLINE_ROW : FILLED_ROW);
+}
+
+// A gate line: the value, or "LOS" when it lies at or above the limit of a
+// gate without a signal. `value_format` takes the value as an int.
+int write_gate_line(CsvSink& sink, std::uint16_t value, std::uint16_t limit,
+                    const char* value_format, const char* lost_line) {
+    if (value >= limit) return csv_write(lost_line, sink);
+    char line[LINE_BUFFER_SIZE];
+    format_text(line, sizeof line, value_format, static_cast<int>(value));
+    return csv_write(line, sink);
+}
+
+// The depth of a DAC point: its detection count as a sound path through the
+// setup's velocity, less the zero, as a length with the unit label.
+void dac_depth_text(char* out, std::size_t size, const FlawSetup& setup, std::uint16_t count) {
+    const std::uint32_t u = units(setup);
+    std::int32_t depth = 0;
+    if (count != 0) {
+        const float velocity = static_cast<float>(setup.velocity);
+        float factor = 2.0f;
+        if (u == 0) {
+            factor = static_cast<float>(static_cast<double>(velocity) / 100000.0);
+        } else if (u == 1) {
+            const float scaled = static_cast<float>(static_cast<double>(velocity) * 25.4);
+            factor = static_cast<float>(static_cast<double>(scaled) / 100000.0);
+        }
+        float path = static_cast<float>(count) * 10000.0f;
+        path = path * factor;
+        path = path / -160.0f;
+        const std::int32_t x = truncate_to_i32(static_cast<double>(path));
+        depth = static_cast<std::int32_t>(0u - static_cast<std::uint32_t>(setup.zero) -
+                                          static_cast<std::uint32_t>(x));
+    }
+    char number[NUMBER_TEXT_SIZE];
+    format_thickness(number, sizeof number, depth, u, resolution(setup), LAYOUT_FLAW,
+                     meas_mode(setup) == MEAS_MODE_THRU ? 1u : 0u, 0);
+    format_text(out, size, "%s %s", number, length_unit_text(u, false));
+}
+
+// How the points of a B-scan print: the number format and unit label of the
+// setup of the reading, by gage type.
+struct PointFormat {
+    std::uint32_t units = 0;
+    std::uint32_t resolution = 0;
+    DigitLayout layout = LAYOUT_STANDARD;
+    std::uint32_t doubled = 0;
+    std::uint32_t meas_mode = 0;
+    const char* unit = "";
+};
+
+PointFormat point_format(const DlSession& session, const ReadingRecord& reading) {
+    PointFormat f;
+    if (session.gage_type == GAGE_FLAW_DETECTOR) {
+        const FlawSetup& setup = session.setups[flaw_setup_number(reading)].flaw;
+        f.units = units(setup);
+        f.resolution = resolution(setup);
+        f.layout = LAYOUT_FLAW;
+        f.doubled = meas_mode(setup) == MEAS_MODE_THRU ? 1u : 0u;
+        f.unit = length_unit_text(f.units, false);
+        return f;
+    }
+    const GaugeSetup& setup = session.setups[setup_number(reading)].gauge;
+    f.units = units(setup);
+    f.resolution = resolution(setup);
+    f.meas_mode = meas_mode(setup);
+    const bool precision = session.gage_type == GAGE_PRECISION;
+    f.layout = precision ? LAYOUT_PRECISION : LAYOUT_STANDARD;
+    f.unit = length_unit_text(f.units, precision && f.meas_mode == MEAS_MODE_CP);
+    return f;
+}
+
+void point_value_text(char* out, std::size_t size, const BscanPoint& p, const PointFormat& f) {
+    out[0] = '\0';
+    if (point_lost(p) != 0) {
+        format_text(out, size, "%s", "--.---");
+        return;
+    }
+    std::uint32_t magnitude = point_magnitude(p);
+    if (f.units != 0) magnitude *= 10u;
+    const std::int32_t m = static_cast<std::int32_t>(magnitude);
+    const std::int32_t v = point_negative(p) != 0 ? -m : m;
+    if ((f.units == 0 && v != POINT_EMPTY_IN) || (f.units == 1 && v != POINT_EMPTY_MM)) {
+        format_thickness(out, size, v, f.units, f.resolution, f.layout, f.doubled, f.meas_mode);
+    }
+}
+
+const char* point_mark(const BscanPoint& p) {
+    if (point_min(p) != 0) return "MIN";
+    if (point_max(p) != 0) return "MAX";
+    return " ";
+}
+
+}  // namespace
+
+int write_sample_values(const AscanRecord& ascan, const SampleStore& values, CsvSink& sink) {
+    const std::size_t count = std::min<std::size_t>(ascan.sample_count, values.size());
+    char text[16];
+    for (std::size_t i = 0; i < count; ++i) {
+        format_text(text, sizeof text, "%d,", static_cast<int>(values[i]));
+        if (csv_write(text, sink) == 0) return 0;
+        if ((i + 1) % 10 == 0 && csv_write("\n,", sink) == 0) return 0;
+    }
+    return csv_write("\n,", sink);
+}
+
+int write_ascan_settings_corrosion(const AscanRecord& ascan, CsvSink& sink) {
+    const std::uint32_t u = units(ascan.head);
+    const char* unit = length_unit_text(u, false);
+    char delay[NUMBER_TEXT_SIZE];
+    char range[NUMBER_TEXT_SIZE];
+    format_scan_scale(delay, sizeof delay, ascan.delay, u, 0);
+    format_scan_scale(range, sizeof range, static_cast<std::int32_t>(ascan.range), u, 0);
+    char waveform[LINE_BUFFER_SIZE];
+    format_text(waveform, sizeof waveform, "%s=%s", "WAVEFORM", waveform_text(ascan));
+    const bool ok =
+        write_scale_item(sink, "DELAY", skip_blanks(delay), unit) != 0 &&
+        write_scale_item(sink, "RANGE", skip_blanks(range), unit) != 0 &&
+        write_text_item(sink, "RECT", rect_text(ascan)) != 0 &&
+        write_text_item(sink, "ZOOM", zoom_text(ascan)) != 0 &&
+        write_text_item(sink, "FREEZE", freeze_text(ascan)) != 0 &&
+        write_number_item(sink, "MB BLANK", ascan.mb_blank) != 0 &&
+        write_number_item(sink, "IF BLANK", ascan.if_blank_raw - ascan.marker1) != 0 &&
+        write_number_item(sink, "MARKER1", ascan.marker1) != 0 &&
+        write_number_item(sink, "MARKER2", ascan.marker2) != 0 && csv_write(waveform, sink) != 0;
+    return ok ? 1 : 0;
+}
+
+int write_ascan_settings_precision(const DlSession& session, const AscanRecord& ascan,
+                                   CsvSink& sink) {
+    const std::uint32_t u = units(ascan.head);
+    const std::uint32_t mode = meas_mode(session.setups[setup_number(ascan.head)].gauge);
+    const bool cp = mode == MEAS_MODE_CP;
+    const char* unit = length_unit_text(u, cp);
+    // In mode 5 the scale text is made of the stored value times 1000.
+    const std::uint32_t scale = cp ? 1000u : 1u;
+    char delay[NUMBER_TEXT_SIZE];
+    char range[NUMBER_TEXT_SIZE];
+    format_scan_scale(delay, sizeof delay, static_cast<std::int32_t>(ascan.delay * scale), u, mode);
+    format_scan_scale(range, sizeof range, static_cast<std::int32_t>(ascan.range * scale), u, mode);
+    if (cp && delay_negative(ascan) != 0 && delay[0] != '\0') delay[0] = '-';
+    const auto if_blank = static_cast<std::int16_t>(static_cast<std::uint16_t>(ascan.if_blank_raw) -
+                                                    static_cast<std::uint16_t>(ascan.marker1));
+    const bool ok =
+        write_scale_item(sink, "DELAY", skip_blanks(delay), unit) != 0 &&
+        write_scale_item(sink, "RANGE", skip_blanks(range), unit) != 0 &&
+        write_text_item(sink, "RECT", rect_text(ascan)) != 0 &&
+        write_text_item(sink, "ZOOM", zoom_text(ascan)) != 0 &&
+        write_text_item(sink, "FREEZE", freeze_text(ascan)) != 0 &&
+        write_text_item(sink, "WAVEFORM", waveform_text(ascan)) != 0 &&
+        write_number_item(sink, "MARKER1", ascan.marker1) != 0 &&
+        write_number_item(sink, "MB BLANK", ascan.mb_blank) != 0 &&
+        write_number_item(sink, "MARKER2", ascan.marker2) != 0 &&
+        write_number_item(sink, "IF BLANK", if_blank) != 0 &&
+        write_number_item(sink, "MARKER3", ascan.marker3) != 0 &&
+        write_number_item(sink, "C3 BLANK", ascan.c3_blank) != 0 &&
+        write_number_item(sink, "ECHO WIND", ascan.echo_window) != 0;
+    return ok ? 1 : 0;
+}
+
+int write_ascan_dump_thickness(const DlSession& session, const ScanStore& store, CsvSink& sink,
+                               int more) {
+    const AscanRecord& a = store.ascan;
+    const int count = a.sample_count;
+    const int bracket_2 = a.bracket_2;
+    const int third = static_cast<int>(display_bracket_3(a));
+    char title[LINE_BUFFER_SIZE];
+    format_text(title, sizeof title, ",%s [%d][%d][%d]\n,", "MAX DATA", count, bracket_2, third);
+    if (csv_write(title, sink) == 0 || write_sample_values(a, store.max_samples, sink) == 0) return 0;
+    format_text(title, sizeof title, "\n,%s [%d][%d][%d]\n,", "MIN DATA", count, bracket_2, third);
+    if (csv_write(title, sink) == 0 || write_sample_values(a, store.min_samples, sink) == 0) return 0;
+    const int settings = session.gage_type == GAGE_PRECISION
+                             ? write_ascan_settings_precision(session, a, sink)
+                             : write_ascan_settings_corrosion(a, sink);
+    if (settings == 0 || csv_write("\n", sink) == 0) return 0;
+    return more == 1 ? write_column_titles(session.gage_type, sink) : 1;
+}
+
+int write_ascan_dump_flaw(const DlSession& session, const ScanStore& store,
+                          const FlawSetup& setup, CsvSink& sink, int more) {
+    const AscanRecord& a = store.ascan;
+    const int count = a.sample_count;
+    const int bracket_2 = a.bracket_2;
+    const int third = static_cast<int>(scan_bracket_3(a));
+    const int fourth = static_cast<int>(bracket_4(a));
+    char title[LINE_BUFFER_SIZE];
+    format_text(title, sizeof title, ",%s [%d][%d][%d][%d]\n,", "MAX DATA", count, bracket_2,
+                third, fourth);
+    if (csv_write(title, sink) == 0 || write_sample_values(a, store.max_samples, sink) == 0) return 0;
+    format_text(title, sizeof title, "\n,%s [%d][%d][%d][%d]\n,", "MIN DATA", count, bracket_2,
+                third, fourth);
+    if (csv_write(title, sink) == 0 || write_sample_values(a, store.min_samples, sink) == 0) return 0;
+    if (write_flaw_scan_block(store, setup, sink) == 0 || csv_write("\n", sink) == 0) return 0;
+    return more == 1 ? write_column_titles(session.gage_type, sink) : 1;
+}
+
+int write_flaw_scan_block(const ScanStore& store, const FlawSetup& setup, CsvSink& sink) {
+    const AscanRecord& a = store.ascan;
+    char line[LINE_BUFFER_SIZE];
+    if (peak_shown(a) != 0) {
+        format_text(line, sizeof line, "\n,%s %s [%d][%d][%d][%d]\n,", "PEAK", "MAX DATA",
+                    static_cast<int>(a.sample_count), static_cast<int>(a.bracket_2),
+                    static_cast<int>(scan_bracket_3(a)), static_cast<int>(bracket_4(a)));
+        if (csv_write(line, sink) == 0 || write_sample_values(a, store.peak_samples, sink) == 0) {
+            return 0;
+        }
+    }
+    if (write_gate_line(sink, a.gate1_mti, PEAK_LOST, "\n,GATE 1 MTI,%i", "\n,GATE 1 MTI,LOS") == 0 ||
+        write_gate_line(sink, a.gate1_amplitude, AMPLITUDE_LOST, "\n,GATE 1 DETECTION AMPLITUDE,%i",
+                        "\n,GATE 1 DETECTION AMPLITUDE,LOS") == 0 ||
+        write_gate_line(sink, a.gate2_mti, PEAK_LOST, "\n,GATE 2 MTI,%i", "\n,GATE 2 MTI,LOS") == 0 ||
+        write_gate_line(sink, a.gate2_amplitude, AMPLITUDE_LOST, "\n,GATE 2 DETECTION AMPLITUDE,%i\n",
+                        "\n,GATE 2 DETECTION AMPLITUDE,LOS\n") == 0) {
+        return 0;
+    }
+    if (dac_shown(a) == 0) return 1;
+
+    const std::uint32_t mode = dac_mode(setup);
+    format_text(line, sizeof line, "\n,DAC,%s\n", mode < DAC_MODE_NAMES ? ui_text(DAC_MODE_ROW + mode) : "");
+    if (csv_write(line, sink) == 0) return 0;
+    if (csv_write(",THICKNESS,AMPLITUDE,DETECTION COUNT\n", sink) == 0) return 0;
+    // The list ends at the first point without an amplitude.
+    for (const DacPoint& point : store.dac_points) {
+        if (point.dac_amplitude == 0) break;
+        char depth[LINE_BUFFER_SIZE];
+        dac_depth_text(depth, sizeof depth, setup, point.dac_count);
+        format_text(line, sizeof line, ",%s,%i,%i\n", depth, static_cast<int>(point.dac_amplitude),
+                    static_cast<int>(point.dac_count));
+        if (csv_write(line, sink) == 0) return 0;
+    }
+    return 1;
+}
+
+int write_bscan_dump(const DlSession& session, const ReadingRecord& reading,
+                     const ScanStore& store, CsvSink& sink, int more) {
+    char line[LINE_BUFFER_SIZE];
+    format_text(line, sizeof line, ",%s,%s,%s,%s,%s\n", "BSCAN INDEX", "THICKNESS", "UNITS", "ALARM",
+                "MIN/MAX");
+    if (csv_write(line, sink) == 0) return 0;
+    const PointFormat f = point_format(session, reading);
+    for (std::size_t i = 0; i < store.bscan.point_count; ++i) {
+        const BscanPoint p = bscan_point(store, i);
+        char value[NUMBER_TEXT_SIZE];
+        point_value_text(value, sizeof value, p, f);
+        format_text(line, sizeof line, ",%i,%s,%s,%s,%s\n", static_cast<int>(i + 1), value, f.unit,
+                    alarm_state_text(point_alarm(p)), point_mark(p));
+        if (csv_write(line, sink) == 0) return 0;
+    }
+    return more == 1 ? write_column_titles(session.gage_type, sink) : 1;
+}
+
+}  // namespace ugf
