@@ -1,0 +1,196 @@
+#include "grid/grid.h"
+
+#include "ident/session_id.h"
+#include "present/reading_value.h"
+#include "store/record.h"
+#include "store/scan.h"
+
+namespace ugf {
+
+namespace {
+
+// The scan of the current cell. Too large for the stack, and only ever one
+// cell at a time.
+ScanStore scan_store;
+
+// The low 32 bits of the dimension sizes, unsigned: a size that couldn't be
+// measured (-1) runs on until a slot can't be read. Storage indexes of cells
+// and titles are computed in the same 32 bits, as the slot offsets are.
+struct GridSizes {
+    std::uint32_t s0 = 0;
+    std::uint32_t s1 = 0;
+    std::uint32_t s2 = 0;
+    std::uint32_t s3 = 0;
+};
+
+GridSizes sizes_of(const DlSession& session) {
+    const auto& size = session.id_spec.cursor.dim_size;
+    return {static_cast<std::uint32_t>(size[0]), static_cast<std::uint32_t>(size[1]),
+            static_cast<std::uint32_t>(size[2]), static_cast<std::uint32_t>(size[3])};
+}
+
+DigitLayout layout_of(std::int32_t gage_type) {
+    switch (gage_type) {
+        case GAGE_PRECISION: return LAYOUT_PRECISION;
+        case GAGE_FLAW_DETECTOR: return LAYOUT_FLAW;
+        default: return LAYOUT_STANDARD;
+    }
+}
+
+// The title of a dimension at a storage index, with its comma in front
+// (",%s", a column title) or behind it ("%s,", a row title).
+int write_title(DlSession& session, CsvSink& sink, int dimension, std::uint32_t index, bool comma_first) {
+    char text[ID_TEXT_SIZE] = {};
+    session_dimension_text(session, index, text, dimension, 1);
+    char piece[ID_TEXT_SIZE + 1];
+    format_text_bounded(piece, sizeof piece, comma_first ? ",%s" : "%s,", text);
+    return csv_write(piece, sink);
+}
+
+// The empty titles over the rest of a group of `width` columns. A group
+// without columns has none.
+int write_filler(CsvSink& sink, std::uint32_t width) {
+    for (std::uint32_t i = 1; i < width; ++i) {
+        if (csv_write(",", sink) == 0) return 0;
+    }
+    return 1;
+}
+
+}  // namespace
+
+int write_grid_cell(DlSession& session, std::int64_t storage_index, CsvSink& sink, DigitLayout layout) {
+    ReadingRecord reading{};
+    const AscanRecord* scan = nullptr;
+    int velocity_cell = 0;
+    if (read_reading(session, storage_index, reading, scan_store, 0) == 0) return 0;
+
+    const bool flaw = session.gage_type == GAGE_FLAW_DETECTOR;
+    if (record_type(reading) == RECORD_ASCAN_LINK) {
+        reading = scan_store.ascan.head;
+        if (flaw) {
+            reading.word1 = scan_store.ascan.box_value[0];
+            reading.word2 = scan_store.ascan.box_value[1];
+            reading.word3 = scan_store.ascan.box_value[2];
+        }
+        scan = &scan_store.ascan;
+    }
+    if (record_type(reading) == RECORD_BSCAN_LINK) {
+        const ReadingRecord& head = scan_store.bscan.head;
+        if (flaw) {
+            // The flaw detector keeps the slot's first word for a B-scan.
+            reading.word1 = head.word1;
+            reading.word2 = head.word2;
+            reading.word3 = head.word3;
+        } else {
+            reading = head;
+        }
+    }
+    // One velocity test, behind the merge: it covers a block head too.
+    if (!flaw && record_type(reading) != RECORD_BSCAN_LINK && is_velocity_reading(reading)) {
+        velocity_cell = 1;
+        make_velocity_text(velocity_value(reading), units(reading));
+    }
+    return print_reading_value(session, reading, sink, 1, layout, 0, scan,
+                               scan != nullptr ? &scan_store : nullptr, velocity_cell);
+}
+
+int export_grid_1d(DlSession& session, CsvSink& sink) {
+    const GridSizes g = sizes_of(session);
+    const DigitLayout layout = layout_of(session.gage_type);
+    for (std::uint32_t c = 0; c < g.s0; ++c) {
+        if (write_title(session, sink, 0, c, true) == 0) return 0;
+    }
+    if (csv_write(",\n", sink) == 0) return 0;
+    for (std::uint32_t r = 0; r < g.s1; ++r) {
+        if (write_title(session, sink, 1, r * g.s0, false) == 0) return 0;
+        for (std::uint32_t c = 0; c < g.s0; ++c) {
+            if (write_grid_cell(session, r * g.s0 + c, sink, layout) == 0) return 0;
+        }
+        if (csv_write(",\n", sink) == 0) return 0;
+    }
+    return 1;
+}
+
+int export_grid_2d(DlSession& session, CsvSink& sink) {
+    const GridSizes g = sizes_of(session);
+    const DigitLayout layout = layout_of(session.gage_type);
+    if (csv_write(",", sink) == 0) return 0;
+    for (std::uint32_t r = 0; r < g.s1; ++r) {
+        if (write_title(session, sink, 1, r * g.s0, false) == 0) return 0;
+    }
+    if (csv_write("\n", sink) == 0) return 0;
+    for (std::uint32_t i = 0; i < g.s0; ++i) {
+        if (write_title(session, sink, 0, i, false) == 0) return 0;
+        for (std::uint32_t j = 0; j < g.s1; ++j) {
+            if (write_grid_cell(session, j * g.s0 + i, sink, layout) == 0) return 0;
+        }
+        if (csv_write("\n", sink) == 0) return 0;
+    }
+    return 1;
+}
+
+int export_grid_3d(DlSession& session, CsvSink& sink) {
+    const GridSizes g = sizes_of(session);
+    const DigitLayout layout = layout_of(session.gage_type);
+    for (std::uint32_t k = 0; k < g.s2; ++k) {
+        if (write_title(session, sink, 2, k * g.s0 * g.s1, true) == 0) return 0;
+        if (write_filler(sink, g.s0) == 0) return 0;
+    }
+    if (csv_write(",\n", sink) == 0) return 0;
+    for (std::uint32_t k = 0; k < g.s2; ++k) {
+        for (std::uint32_t c = 0; c < g.s0; ++c) {
+            if (write_title(session, sink, 0, c, true) == 0) return 0;
+        }
+    }
+    if (csv_write(",\n", sink) == 0) return 0;
+    for (std::uint32_t r = 0; r < g.s1; ++r) {
+        if (write_title(session, sink, 1, r * g.s0, false) == 0) return 0;
+        for (std::uint32_t k = 0; k < g.s2; ++k) {
+            for (std::uint32_t c = 0; c < g.s0; ++c) {
+                if (write_grid_cell(session, (k * g.s1 + r) * g.s0 + c, sink, layout) == 0) return 0;
+            }
+        }
+        if (csv_write(",\n", sink) == 0) return 0;
+    }
+    return 1;
+}
+
+int export_grid_4d(DlSession& session, CsvSink& sink) {
+    const GridSizes g = sizes_of(session);
+    const DigitLayout layout = layout_of(session.gage_type);
+    for (std::uint32_t m = 0; m < g.s3; ++m) {
+        if (write_title(session, sink, 3, m * g.s0 * g.s1 * g.s2, true) == 0) return 0;
+        if (write_filler(sink, g.s0 * g.s2) == 0) return 0;
+    }
+    if (csv_write(",\n", sink) == 0) return 0;
+    for (std::uint32_t m = 0; m < g.s3; ++m) {
+        for (std::uint32_t k = 0; k < g.s2; ++k) {
+            if (write_title(session, sink, 2, k * g.s0 * g.s1, true) == 0) return 0;
+            if (write_filler(sink, g.s0) == 0) return 0;
+        }
+    }
+    if (csv_write(",\n", sink) == 0) return 0;
+    for (std::uint32_t m = 0; m < g.s3; ++m) {
+        for (std::uint32_t k = 0; k < g.s2; ++k) {
+            for (std::uint32_t c = 0; c < g.s0; ++c) {
+                if (write_title(session, sink, 0, c, true) == 0) return 0;
+            }
+        }
+    }
+    if (csv_write(",\n", sink) == 0) return 0;
+    for (std::uint32_t r = 0; r < g.s1; ++r) {
+        if (write_title(session, sink, 1, r * g.s0, false) == 0) return 0;
+        for (std::uint32_t m = 0; m < g.s3; ++m) {
+            for (std::uint32_t k = 0; k < g.s2; ++k) {
+                for (std::uint32_t c = 0; c < g.s0; ++c) {
+                    const std::uint32_t index = ((m * g.s2 + k) * g.s1 + r) * g.s0 + c;
+                    if (write_grid_cell(session, index, sink, layout) == 0) return 0;
+                }
+            }
+        }
+        if (csv_write(",\n", sink) == 0) return 0;
+    }
+    return 1;
+}
+
+}  // namespace ugf

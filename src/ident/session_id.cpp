@@ -1,0 +1,93 @@
+#include "ident/session_id.h"
+
+#include <cstring>
+
+#include "store/record.h"
+
+namespace ugf {
+
+namespace {
+
+// Copies at most ID_TEXT_MAX characters of src behind the text in out
+// (ID_TEXT_SIZE bytes) and terminates it.
+void append_cut(char* out, const char* src) {
+    std::size_t n = std::strlen(out);
+    for (std::size_t i = 0; n < ID_TEXT_MAX && src[i] != '\0'; ++i) out[n++] = src[i];
+    out[n] = '\0';
+}
+
+bool has_custom_points(std::int32_t file_type) {
+    return file_type == FILE_TYPE_LINEAR_CPT || file_type == FILE_TYPE_2D_CPT ||
+           file_type == FILE_TYPE_BOILER;
+}
+
+bool keeps_stored_ids(std::int32_t file_type) {
+    return file_type == FILE_TYPE_MANUAL || file_type == FILE_TYPE_INCREMENTAL;
+}
+
+void seek_and_refresh(DlSession& session, std::int64_t storage_index) {
+    cursor_seek(session.id_spec.cursor, storage_index);
+    id_spec_refresh(session.id_spec, session.file_type);
+}
+
+std::uint16_t position_of(const DlSession& session, int dimension) {
+    return static_cast<std::uint16_t>(
+        session.id_spec.cursor.dim_position[static_cast<std::size_t>(dimension)]);
+}
+
+}  // namespace
+
+void session_stored_id(DlSession& session, std::int64_t storage_index, char* out) {
+    const std::uint64_t slot = reading_slot_offset(session, storage_index);
+    ReadingRecord record{};
+    if (read_record_head(session, record, slot) == 0) {
+        out[0] = '\0';
+        return;
+    }
+    char text[STORED_ID_READ_MAX + 1] = {};
+    if (read_text(session.stream, slot + RECORD_SIZE, text, sizeof text, STORED_ID_READ_MAX) == 0) {
+        return;
+    }
+    out[0] = '\0';
+    append_cut(out, text);
+}
+
+void session_point_id(DlSession& session, std::int64_t storage_index, char* out, int with_prefix) {
+    seek_and_refresh(session, storage_index);
+    const std::int32_t type = session.file_type;
+    if (keeps_stored_ids(type)) {
+        session_stored_id(session, storage_index, out);
+        return;
+    }
+    const char* suffix = type == FILE_TYPE_BOILER ? elevation_unit_text(session.elevation_unit) : nullptr;
+    LabelOp label{};
+    if (has_custom_points(type)) {
+        label = custom_point_label_op(session);
+    } else if (is_manual_layout(type)) {
+        label = manual_label_op(session);
+    }
+    id_spec_compose(session.id_spec, out, with_prefix, label.label != nullptr ? &label : nullptr,
+                    suffix, 1, type);
+}
+
+void session_dimension_text(DlSession& session, std::int64_t storage_index, char* out,
+                            int dimension, int with_unit) {
+    seek_and_refresh(session, storage_index);
+    const std::int32_t type = session.file_type;
+    out[0] = '\0';
+    const bool in_box = dimension >= 0 && dimension < DIM_COUNT;
+    if (has_custom_points(type) && dimension == 0) {
+        append_cut(out, custom_point_label(&session, position_of(session, 0), 0));
+    } else if (is_manual_layout(type)) {
+        // A 2D-MANUAL file has no dimensions 2 and 3.
+        const bool used = in_box && (type != FILE_TYPE_2D_MANUAL || dimension < 2);
+        if (used) append_cut(out, manual_label(&session, position_of(session, dimension), dimension));
+    } else {
+        id_spec_dimension_text(session.id_spec, out, dimension, type);
+    }
+    if (type == FILE_TYPE_BOILER && dimension == 1 && with_unit == 1) {
+        append_cut(out, elevation_unit_text(session.elevation_unit));
+    }
+}
+
+}  // namespace ugf

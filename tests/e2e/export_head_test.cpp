@@ -1,0 +1,280 @@
+// The head of detailed output: the "UFH:" row, the column names, the value
+// row, the label lists of manual files and the identity rows, for every file
+// type with an export; and the file types without one. The body behind the
+// identity rows isn't written yet, so a detailed run ends there with the
+// failure line and keeps its head.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <functional>
+#include <string>
+
+#include "detailed/header_values.h"
+#include "detailed/preamble.h"
+#include "support/scratch.h"
+#include "support/survey_image.h"
+
+namespace ugf {
+namespace {
+
+using test::ImageBuilder;
+using test::SurveyHeader;
+
+const std::string OPENING = "STATUS: Opening Datalogger Session...\n";
+const std::string EXPORTING = "STATUS: Exporting Data Logger File...\n";
+const std::string FAILED = "ERROR: Operation failed!\n";
+
+// What a detailed run writes before the reading table, part by part.
+const std::string UFH_CORROSION = "UFH: 1,PRODUCT: 40-116,VERSION: V3.03.03\n";
+const std::string UFH_PRECISION = "UFH: 1,PRODUCT: 40-117,VERSION: V3.03.03\n";
+const std::string UFH_FLAW = "UFH: 1,PRODUCT: 40-118,VERSION: V3.03.03\n";
+const std::string UFH_UNKNOWN = "UFH: 1,PRODUCT: " + std::string(31, ' ') + ",VERSION: V3.03.03\n";
+const std::string NAMES = "FILENAME,TYPE,FILE VERSION,";
+const std::string TAIL = "PATTERN,# ID,# SETUP,# NOTES,CREATED,LAST SAVED";
+const std::string STAMPS = ",16,0/0/65516 0:0,0/0/65516 0:0\n\n";
+const std::string NO_IDENTITY = "DESCRIPTION:,\nLOCATION:,\nINSPECTOR ID:,\n";
+
+// The detailed body comes behind the identity rows; until then a run ends
+// with the head alone.
+const std::string BODY = "";
+
+struct HeadCase {
+    const char* name;
+    SurveyHeader header;
+    std::string head;  // the whole expected head
+};
+
+SurveyHeader header(std::uint32_t file_type, std::uint32_t gage_type) {
+    SurveyHeader h;
+    h.file_type = file_type;
+    h.gage_type = gage_type;
+    h.setup_count = 1;
+    h.id_count = 1;
+    return h;
+}
+
+std::vector<HeadCase> head_cases() {
+    std::vector<HeadCase> cases;
+    {
+        SurveyHeader h = header(1, 5);
+        test::set_ranges(h, {{"1", "3"}, {"1", "2"}});
+        h.custom_point_labels[0] = "NORTH";
+        h.custom_point_labels[1] = "SOUTH";
+        h.custom_point_labels[2] = "EAST";
+        h.id_count = 6;
+        h.description = "FEED WATER LINE";
+        h.location = "UNIT 3";
+        h.inspector_id = "J. DOE";
+        cases.push_back({"LINEAR+CPT", h,
+                         UFH_CORROSION + NAMES +
+                             "PREFIX,START COL,START CUSTOM POINT,END COL,END CUSTOM POINT,1ST INC,COL STEP," +
+                             TAIL + "\n" + "FILE-NAME.CSV,LINEAR+CPT,29,,1,NORTH,2,EAST,CUSTOM POINT,1,STANDARD,6,1" +
+                             STAMPS + "DESCRIPTION:,FEED WATER LINE\nLOCATION:,UNIT 3\nINSPECTOR ID:,J. DOE\n"});
+    }
+    {
+        SurveyHeader h = header(2, 6);
+        h.prefix = "P";
+        test::set_ranges(h, {{"01", "05"}, {"A", "C"}});
+        h.walk_pattern = 2;
+        h.id_count = 15;
+        cases.push_back({"2D", h,
+                         UFH_PRECISION + NAMES + "PREFIX,START COL,START ROW,END COL,END ROW,1ST INC,COL STEP,ROW STEP," +
+                             TAIL + "\n" + "FILE-NAME.CSV,2D,29,P,A,01,C,05,ROW,1,1,ZIGZAG,15,1" + STAMPS + NO_IDENTITY});
+    }
+    {
+        // Every first increment but 1 names COL; no setups and an identifier
+        // count other than the points: the counts show as they are.
+        SurveyHeader h = header(2, 5);
+        h.prefix = "Q";
+        test::set_ranges(h, {{"A", "A"}, {"1", "2"}});
+        h.first_inc = 0;
+        h.setup_count = 0;
+        h.id_count = 5;
+        cases.push_back({"2D, first increment 0", h,
+                         UFH_CORROSION + NAMES + "PREFIX,START COL,START ROW,END COL,END ROW,1ST INC,COL STEP,ROW STEP," +
+                             TAIL + "\n" + "FILE-NAME.CSV,2D,29,Q,1,A,2,A,COL,1,1,STANDARD,2,0" + STAMPS + NO_IDENTITY});
+    }
+    {
+        // A second increment of 0 writes nothing, not even its comma.
+        SurveyHeader h = header(3, 5);
+        h.prefix = "B7-";
+        test::set_ranges(h, {{"1", "2"}, {"1", "3"}, {"A", "B"}});
+        h.custom_point_labels[0] = "IN";
+        h.custom_point_labels[1] = "OUT";
+        h.second_inc = 0;
+        h.setup_count = 3;
+        cases.push_back({"2D+CPT", h,
+                         UFH_CORROSION + NAMES +
+                             "PREFIX,START COL,START ROW,START CUSTOM POINT,END COL,END ROW,END CUSTOM POINT,"
+                             "1ST INC,2ND INC,COL STEP,ROW STEP," +
+                             TAIL + ",\n" + "FILE-NAME.CSV,2D+CPT,29,B7-,A,1,IN,B,3,OUT,CUSTOM POINT,1,1,STANDARD,12,3" +
+                             STAMPS + NO_IDENTITY});
+    }
+    {
+        // A step above 65535 shows its low 16 bits; a pattern without a name
+        // leaves its cell empty.
+        SurveyHeader h = header(4, 7);
+        test::set_ranges(h, {{"000000", "200000", 100000}, {"01", "02"}, {"X", "Y"}});
+        h.first_inc = 2;
+        h.second_inc = 3;
+        h.walk_pattern = 4;
+        h.setup_count = 32;
+        cases.push_back({"3D", h,
+                         UFH_FLAW + NAMES +
+                             "PREFIX,START COL,START ROW,START POINT,END COL,END ROW,END POINT,1ST INC,2ND INC,"
+                             "COL STEP,ROW STEP,POINT STEP," +
+                             TAIL + "\n" + "FILE-NAME.CSV,3D,29,,X,01,000000,Y,02,200000,ROW,COL,1,1,34464,,12,32" +
+                             STAMPS + NO_IDENTITY});
+    }
+    {
+        SurveyHeader h = header(5, 7);
+        test::set_ranges(h, {{"1", "2"}, {"10", "30", 10}, {"01", "04"}});
+        h.custom_point_labels[0] = "NORTH";
+        h.custom_point_labels[1] = "SOUTH";
+        h.elevation_unit = 2;
+        h.location = "BOILER 2, EAST WALL";
+        cases.push_back({"BOILER", h,
+                         UFH_FLAW + NAMES +
+                             "PREFIX,START TUBE,START ELEV,START TEST PT,END TUBE,END ELEV,END TEST PT,ELEV UNITS,"
+                             "1ST INC,2ND INC,TUBE STEP,ELEV STEP," +
+                             TAIL + "\n" +
+                             "FILE-NAME.CSV,BOILER,29,,01,10,NORTH,04,30,SOUTH,FT,CUSTOM POINT,ELEV,1,10,STANDARD,24,1" +
+                             STAMPS + "DESCRIPTION:,\nLOCATION:,BOILER 2, EAST WALL\nINSPECTOR ID:,\n"});
+    }
+    {
+        SurveyHeader h = header(10, 6);
+        test::set_manual_labels(h, {{"A1", "A2"}, {"R1"}});
+        h.c0 = 2;
+        h.c1 = 2;
+        h.first_inc = 2;
+        cases.push_back({"2D-MANUAL", h,
+                         UFH_PRECISION + NAMES + "DIM1 LEN,DIM1 # LABELS,DIM2 LEN,DIM2 # LABELS,1ST INC," + TAIL +
+                             "\n" + "FILE-NAME.CSV,2D-MANUAL,29,2,1,2,2,DIM1,STANDARD,2,1" + STAMPS +
+                             "DIM1 LABELS:\nR1,\n\nDIM2 LABELS:\nA1,\nA2,\n\n" + NO_IDENTITY});
+    }
+    {
+        SurveyHeader h = header(11, 9);
+        test::set_manual_labels(h, {{"P1", "P2", "P3", "P4"}, {"N", "NE", "E", "SE", "S"}, {"TOP", "BOTTOM"}});
+        h.c0 = 2;
+        h.c1 = 4;
+        h.c2 = 3;
+        h.walk_pattern = 1;
+        cases.push_back({"3D-MANUAL", h,
+                         UFH_UNKNOWN + NAMES +
+                             "DIM1 LEN,DIM1 # LABELS,DIM2 LEN,DIM2 # LABELS,DIM3 LEN,DIM3 # LABELS,1ST INC,2ND INC," +
+                             TAIL + "\n" + "FILE-NAME.CSV,3D-MANUAL,29,3,2,4,5,2,4,DIM3,DIM2,REVERSE,40,1" + STAMPS +
+                             "DIM1 LABELS:\nTOP,\nBOTTOM,\n\nDIM2 LABELS:\nN,\nNE,\nE,\nSE,\nS,\n\n"
+                             "DIM3 LABELS:\nP1,\nP2,\nP3,\nP4,\n\n" +
+                             NO_IDENTITY});
+    }
+    {
+        // The unused dimension 3 writes no label block; an identifier count
+        // of 0 shows 0 whatever the extent.
+        SurveyHeader h = header(12, 5);
+        test::set_manual_labels(h, {{"L", "R"}, {"MID"}, {"DECK"}});
+        h.c0 = 1;
+        h.c1 = 1;
+        h.c2 = 3;
+        h.c3 = 5;
+        h.walk_pattern = 3;
+        h.id_count = 0;
+        h.setup_count = 0;
+        cases.push_back({"4D-MANUAL", h,
+                         UFH_CORROSION + NAMES +
+                             "DIM1 LEN,DIM1 # LABELS,DIM2 LEN,DIM2 # LABELS,DIM3 LEN,DIM3 # LABELS,DIM4 LEN,"
+                             "DIM4 # LABELS,1ST INC,2ND INC,3RD INC," +
+                             TAIL + "\n" + "FILE-NAME.CSV,4D-MANUAL,29,5,0,3,1,1,1,1,2,DIM4,DIM3,DIM2,REVERSE ZIGZAG,0,0" +
+                             STAMPS + "DIM2 LABELS:\nDECK,\n\nDIM3 LABELS:\nMID,\n\nDIM4 LABELS:\nL,\nR,\n\n" + NO_IDENTITY});
+    }
+    return cases;
+}
+
+TEST(DetailedHead, EveryFileTypeWithAnExport) {
+    for (const HeadCase& c : head_cases()) {
+        test::ScratchDir dir;
+        test::survey_image(c.header).save(dir.file("survey.ugf"));
+        const test::RunResult run = test::run_converter_binary({dir.file("survey.ugf"), "d", "v"});
+        const std::string written = c.head + BODY;
+        EXPECT_EQ(test::read_output(dir.file("survey_detailed_output.csv")).value_or("<none>"), written) << c.name;
+        EXPECT_EQ(run.console, OPENING + EXPORTING + written + FAILED) << c.name;
+        EXPECT_EQ(run.status, 1) << c.name;
+    }
+}
+
+TEST(DetailedHead, TypesWithoutAnExportLeaveAnEmptyFile) {
+    for (std::uint32_t type : {6u, 7u, 9u, 13u}) {
+        for (const char* form : {"d", "g"}) {
+            test::ScratchDir dir;
+            test::survey_image(header(type, 5)).save(dir.file("survey.ugf"));
+            const test::RunResult run = test::run_converter_binary({dir.file("survey.ugf"), form, "v"});
+            const std::string output = std::string(form) == "d" ? "survey_detailed_output.csv" : "survey_grid_output.csv";
+            EXPECT_EQ(test::read_output(dir.file(output)).value_or("<none>"), "") << type << form;
+            EXPECT_EQ(run.console, OPENING + EXPORTING + FAILED) << type << form;
+            EXPECT_EQ(run.status, 1) << type << form;
+        }
+    }
+}
+
+// What `write` puts into the output when the image is opened as the session.
+std::string written_by(const ImageBuilder& image, const std::function<int(DlSession&, CsvSink&)>& write) {
+    test::ScratchDir dir;
+    image.save(dir.file("survey.ugf"));
+    static DlSession session;
+    EXPECT_EQ(open_datalogger_session(session, dir.file("survey.ugf").c_str()), 1);
+    CsvSink sink{std::fopen(dir.file("out.csv").c_str(), "wb"), 0};
+    EXPECT_EQ(write(session, sink), 1);
+    std::fclose(sink.stream);
+    dl_close(session.stream);
+    return test::read_file(dir.file("out.csv")).value_or("<none>");
+}
+
+int names_and_values(DlSession& session, CsvSink& sink) {
+    char buffer[HEADER_BUFFER_MAX] = {};
+    return write_column_names(buffer, header_buffer_size(session.file_type), session.file_type, sink) &&
+           write_header_values(session, sink);
+}
+
+// LINEAR and MANUAL files write their head with the body; the names and
+// values are the same writers'.
+TEST(DetailedHead, LinearAndManualNamesAndValues) {
+    SurveyHeader linear = header(0, 5);
+    linear.prefix = "TK";
+    test::set_ranges(linear, {{"001", "120"}});
+    linear.setup_count = 2;
+    SurveyHeader empty_linear = header(0, 5);
+    empty_linear.prefix = "TK";
+    empty_linear.setup_count = 0;
+    SurveyHeader manual = header(8, 6);
+    manual.prefix = "M-";
+    manual.walk_pattern = 1;
+    manual.setup_count = 4;
+    const std::string linear_names = "PREFIX,START COL,END COL,COL STEP," + TAIL + "\n";
+    const struct {
+        const char* name;
+        SurveyHeader header;
+        std::string text;
+    } cases[] = {
+        {"LINEAR", linear, linear_names + "FILE-NAME.CSV,LINEAR,29,TK,001,120,1,STANDARD,120,2" + STAMPS},
+        // No points: the last identifier has no text.
+        {"LINEAR without points", empty_linear, linear_names + "FILE-NAME.CSV,LINEAR,29,TK,,,0,STANDARD,0,0" + STAMPS},
+        {"MANUAL", manual, "PREFIX," + TAIL + "\n" + "FILE-NAME.CSV,MANUAL,29,M-,REVERSE,0,4" + STAMPS},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(written_by(test::survey_image(c.header), names_and_values), c.text) << c.name;
+    }
+}
+
+TEST(DetailedHead, NoteListShowsSixteenRowsAtTheirStoredLength) {
+    ImageBuilder image = test::survey_image(header(11, 5));
+    test::write_note(image, 11, 0, "CORROSION UNDER INSULATION");
+    test::write_note(image, 11, 3, std::string(32, 'N'));  // its terminator is row 4's first byte
+    test::write_note(image, 11, 15, "50%% WALL LOSS");
+    std::string expected = "\nNOTES DESIGNATOR,NOTE TEXT\nA,CORROSION UNDER INSULATION\nB,\nC,\nD," +
+                           std::string(32, 'N') + "\n";
+    for (char letter = 'E'; letter <= 'O'; ++letter) expected += std::string(1, letter) + ",\n";
+    expected += "P,50% WALL LOSS\n";
+    EXPECT_EQ(written_by(image, write_note_list), expected);
+}
+
+}  // namespace
+}  // namespace ugf
