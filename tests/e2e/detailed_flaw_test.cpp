@@ -14,9 +14,7 @@ namespace {
 // Two labelled dimensions: a plain reading, an empty slot, an A-scan in the
 // middle and a B-scan at the end; one setup, listed as a block at the end.
 TEST(DetailedFlaw, FlawDetectorFileFromFirstLineToLast) {
-    SurveyHeader h;
-    h.file_type = 10;
-    h.gage_type = 7;
+    SurveyHeader h = survey_header(10, 7);
     h.id_count = 4;
     h.setup_count = 1;
     h.description = "WELD 12";
@@ -147,9 +145,7 @@ TEST(DetailedFlaw, FlawDetectorFileFromFirstLineToLast) {
 // column. A gate 2 peak at 442 counts (column 5) of 300 lies above it (HIGH),
 // of 150 below it (armed, ON); without a scan nothing is known (ON).
 TEST(DetailedFlaw, GateTwoAlarmAgainstTheCurve) {
-    SurveyHeader h;
-    h.gage_type = 7;
-    h.prefix = "F";
+    SurveyHeader h = survey_header(0, 7, "F");
     h.id_count = 3;
     set_ranges(h, {{"1", "3"}});
     ImageBuilder image = survey_image(h);
@@ -189,7 +185,7 @@ TEST(DetailedFlaw, GateTwoAlarmAgainstTheCurve) {
         image, "d",
         PREAMBLE_FLAW + COLUMNS_LINEAR + "FILE-NAME.CSV,LINEAR,29,F,1,3,1,STANDARD,3,0," + STAMPS +
             IDENTITY_EMPTY + NOTES_EMPTY + TITLES_FLAW +
-            "F1,US,GATE 2 SOUNDPATH,  3.50,,,,0,,ON,OFF,OFF,HIGH\n" + lists +
+            "F1,US,GATE 2 SOUNDPATH,  3.50,,,,,0,,ON,OFF,OFF,HIGH\n" + lists +
             ",GATE 2 DETECTION AMPLITUDE,300\n"
             "\n"
             ",DAC,ASME\n"
@@ -197,10 +193,10 @@ TEST(DetailedFlaw, GateTwoAlarmAgainstTheCurve) {
             ",  1.25 US,200,100\n"
             ", 11.25 US,200,900\n"
             "\n" +
-            TITLES_FLAW + "F2,US,GATE 2 SOUNDPATH,  3.50,,,,0,,ON,OFF,OFF,ON\n" + lists +
+            TITLES_FLAW + "F2,US,GATE 2 SOUNDPATH,  3.50,,,,,0,,ON,OFF,OFF,ON\n" + lists +
             ",GATE 2 DETECTION AMPLITUDE,150\n"
             "\n" +
-            TITLES_FLAW + "F3,US,GATE 2 SOUNDPATH,  2.00,,,,0,AB,OFF,OFF,LOW,ON\n");
+            TITLES_FLAW + "F3,US,GATE 2 SOUNDPATH,  2.00,,,,,0,AB,OFF,OFF,LOW,ON\n");
 }
 
 // The value cells of a list-form "LINEAR" file show how a scan head becomes
@@ -209,9 +205,7 @@ TEST(DetailedFlaw, GateTwoAlarmAgainstTheCurve) {
 // of a box without a reading. Setup 1 shows box 1 as "ECHO TO ECHO", setup 2
 // as "GATE 1 CURRENT AMPLITUDE"; a plain reading is shown as stored.
 TEST(DetailedFlaw, ScanHeadsMergeIntoTheListForm) {
-    SurveyHeader h;
-    h.gage_type = 7;
-    h.prefix = "G";
+    SurveyHeader h = survey_header(0, 7, "G");
     set_ranges(h, {{"01", "10"}});
     ImageBuilder image = survey_image(h);
     write_flaw_setup(image, 0, 1, {.box1_kind = 28, .resolution = 1});

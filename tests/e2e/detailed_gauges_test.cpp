@@ -14,10 +14,7 @@ namespace {
 // "LINEAR+CPT" of the corrosion gauge: two columns of two custom points; a
 // plain reading, an empty slot, an A-scan in the middle, a B-scan at the end.
 ImageBuilder corrosion_survey() {
-    SurveyHeader h;
-    h.file_type = 1;
-    h.gage_type = 5;
-    h.prefix = "TK-";
+    SurveyHeader h = survey_header(1, 5, "TK-");
     h.id_count = 4;
     h.setup_count = 1;
     h.description = "BOILER FEED LINE";
@@ -109,10 +106,7 @@ TEST(DetailedGauges, CorrosionGaugeFileFromFirstLineToLast) {
 // "2D" of the precision gauge, two setups (one in the mils mode): readings in
 // millimetres and mils, a velocity reading, an A-scan as the last reading.
 TEST(DetailedGauges, PrecisionGaugeFileFromFirstLineToLast) {
-    SurveyHeader h;
-    h.file_type = 2;
-    h.gage_type = 6;
-    h.prefix = "P";
+    SurveyHeader h = survey_header(2, 6, "P");
     h.setup_count = 2;
     set_ranges(h, {{"1", "2"}, {"A", "B"}});
     h.third_inc = 0;
@@ -182,9 +176,7 @@ TEST(DetailedGauges, PrecisionGaugeFileFromFirstLineToLast) {
 // and maximum and the max-min span stay. The setup (which isn't listed) is in
 // percent differential mode.
 TEST(DetailedGauges, LostSignalRowsWithEveryPairKind) {
-    SurveyHeader h;
-    h.gage_type = 5;
-    h.prefix = "S";
+    SurveyHeader h = survey_header(0, 5, "S");
     set_ranges(h, {{"1", "5"}});
     ImageBuilder image = survey_image(h);
     write_gauge_setup(image, 0, 0,
@@ -226,9 +218,7 @@ TEST(DetailedGauges, LostSignalRowsWithEveryPairKind) {
 // whose offset looks like the velocity marker makes its row a velocity row
 // of the link's own (empty) velocity.
 TEST(DetailedGauges, VelocityReadingsAndScansAtBothEnds) {
-    SurveyHeader h;
-    h.gage_type = 5;
-    h.prefix = "L";
+    SurveyHeader h = survey_header(0, 5, "L");
     set_ranges(h, {{"1", "4"}});
     ImageBuilder image = survey_image(h);
     write_slot(image, 0, 0, link_record(4, 6000));

@@ -13,9 +13,7 @@ namespace {
 // Three columns: a reading, a B-scan whose block head has `block_type`, and a
 // lost signal with note C attached.
 ImageBuilder linear_survey(std::uint32_t block_type) {
-    SurveyHeader h;
-    h.gage_type = 5;
-    h.prefix = "TK";
+    SurveyHeader h = survey_header(0, 5, "TK");
     h.id_count = 3;
     set_ranges(h, {{"001", "003"}});
     ImageBuilder image = survey_image(h);
@@ -58,10 +56,7 @@ TEST(DetailedLinear, LinearFileInBothForms) {
 // with the identifier stored beside it; one that has no terminator within its
 // 21 bytes leaves the identifier cell empty.
 TEST(DetailedLinear, ManualFileInBothForms) {
-    SurveyHeader h;
-    h.file_type = 8;
-    h.gage_type = 6;
-    h.prefix = "M-";
+    SurveyHeader h = survey_header(8, 6, "M-");
     h.id_count = 4;
     h.walk_pattern = 1;
     set_ranges(h, {{"1", "4"}});
@@ -93,9 +88,7 @@ TEST(DetailedLinear, UnknownGageTypeInBothForms) {
     const std::string unknown_preamble =
         "UFH: 1,PRODUCT: " + std::string(31, ' ') + ",VERSION: V3.03.03\nFILENAME,TYPE,FILE VERSION,";
 
-    SurveyHeader h;
-    h.gage_type = 9;
-    h.prefix = "U";
+    SurveyHeader h = survey_header(0, 9, "U");
     set_ranges(h, {{"1", "2"}});
     ImageBuilder image = survey_image(h);
     write_slot(image, 0, 0, gauge_record({.resolution = 1, .thickness = 12345}));

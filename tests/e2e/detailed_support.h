@@ -3,8 +3,6 @@
 // share, written out once.
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include <optional>
 #include <string>
 
@@ -72,39 +70,18 @@ struct Conversion {
     std::optional<std::string> output;
 };
 
+// A header of the file type and gage type with the identifier prefix.
+SurveyHeader survey_header(std::uint32_t file_type, std::uint32_t gage_type,
+                           const std::string& prefix = "");
+
 // Converts `image`, saved as survey.ugf in a fresh folder, with the output
 // form "d" or "g" and the echo choice "a" or "v".
-inline Conversion convert(const ImageBuilder& image, const std::string& form,
-                          const std::string& echo = "a") {
-    ScratchDir dir;
-    const std::string input = dir.file("survey.ugf");
-    image.save(input);
-    Conversion result;
-    result.run = run_converter_binary({input, form, echo});
-    result.output = read_output(
-        dir.file(form == "d" ? "survey_detailed_output.csv" : "survey_grid_output.csv"));
-    return result;
-}
+Conversion convert(const ImageBuilder& image, const std::string& form, const std::string& echo = "a");
 
 // A run that succeeds and writes exactly `expected`.
-inline void expect_converts(const ImageBuilder& image, const std::string& form,
-                            const std::string& expected) {
-    const Conversion c = convert(image, form);
-    EXPECT_EQ(c.run.console, console_of_success());
-    EXPECT_EQ(c.run.status, 0);
-    EXPECT_EQ(c.run.errors, "");
-    ASSERT_TRUE(c.output.has_value());
-    EXPECT_EQ(*c.output, expected);
-}
+void expect_converts(const ImageBuilder& image, const std::string& form, const std::string& expected);
 
 // A run whose export fails once `written` is in the file.
-inline void expect_fails_after(const ImageBuilder& image, const std::string& form,
-                               const std::string& written) {
-    const Conversion c = convert(image, form);
-    EXPECT_EQ(c.run.console, FAILED_CONSOLE);
-    EXPECT_EQ(c.run.status, 1);
-    ASSERT_TRUE(c.output.has_value());
-    EXPECT_EQ(*c.output, written);
-}
+void expect_fails_after(const ImageBuilder& image, const std::string& form, const std::string& written);
 
 }  // namespace ugf::test

@@ -22,9 +22,7 @@ ImageBuilder two_point_survey(const SurveyHeader& h) {
 }
 
 TEST(DetailedTypes, TwoDimensionsWithCustomPoints) {
-    SurveyHeader h;
-    h.file_type = 3;
-    h.prefix = "V";
+    SurveyHeader h = survey_header(3, 5, "V");
     h.id_count = 2;
     set_ranges(h, {{"1", "2"}, {"1", "1"}, {"A", "A"}});
     h.custom_point_labels[0] = "IN";
@@ -41,27 +39,25 @@ TEST(DetailedTypes, TwoDimensionsWithCustomPoints) {
 }
 
 TEST(DetailedTypes, BoilerWithElevationUnit) {
-    SurveyHeader h;
-    h.file_type = 5;
+    SurveyHeader h = survey_header(5, 5);
     h.id_count = 2;
     h.elevation_unit = 2;
     set_ranges(h, {{"1", "2"}, {"10", "10", 10}, {"07", "07"}});
-    h.custom_point_labels[0] = "N";
-    h.custom_point_labels[1] = "S";
+    h.custom_point_labels[0] = "NW";
+    h.custom_point_labels[1] = "SE";
     expect_converts(
         two_point_survey(h), "d",
         PREAMBLE_CORROSION +
             "PREFIX,START TUBE,START ELEV,START TEST PT,END TUBE,END ELEV,END TEST PT,ELEV UNITS,"
             "1ST INC,2ND INC,TUBE STEP,ELEV STEP,PATTERN,# ID,# SETUP,# NOTES,CREATED,LAST SAVED\n"
-            "FILE-NAME.CSV,BOILER,29,,07,10,N,07,10,S,FT,CUSTOM POINT,ELEV,1,10,STANDARD,2,0," +
-            STAMPS + IDENTITY_EMPTY + CUSTOM_POINTS_TITLE + "0,N\n1,S\n" + CUSTOM_POINTS_2_TO_19 +
-            NOTES_EMPTY + TITLES_CORROSION + "0710FTN" + READING_ROW + "0710FTS" + EMPTY_ROW +
+            "FILE-NAME.CSV,BOILER,29,,07,10,NW,07,10,SE,FT,CUSTOM POINT,ELEV,1,10,STANDARD,2,0," +
+            STAMPS + IDENTITY_EMPTY + CUSTOM_POINTS_TITLE + "0,NW\n1,SE\n" + CUSTOM_POINTS_2_TO_19 +
+            NOTES_EMPTY + TITLES_CORROSION + "0710FTNW" + READING_ROW + "0710FTSE" + EMPTY_ROW +
             SETUP_TITLES_CORROSION);
 }
 
 TEST(DetailedTypes, ThreeLabelledDimensions) {
-    SurveyHeader h;
-    h.file_type = 11;
+    SurveyHeader h = survey_header(11, 5);
     h.id_count = 2;
     set_manual_labels(h, {{"1", "2"}, {"E"}, {"T3"}});
     h.c0 = 1;
@@ -79,8 +75,7 @@ TEST(DetailedTypes, ThreeLabelledDimensions) {
 }
 
 TEST(DetailedTypes, FourLabelledDimensions) {
-    SurveyHeader h;
-    h.file_type = 12;
+    SurveyHeader h = survey_header(12, 5);
     h.id_count = 2;
     set_manual_labels(h, {{"1", "2"}, {"W"}, {"TOP"}, {"K1"}});
     h.c0 = 1;

@@ -31,9 +31,7 @@ TEST(DetailedWalks, EveryPatternWithTheColumnFirst) {
                  {2, "ZIGZAG", {0, 3, 4, 1, 2, 5}},
                  {3, "REVERSE ZIGZAG", {0, 5, 2, 1, 4, 3}}};
     for (const auto& walk : walks) {
-        SurveyHeader h;
-        h.file_type = 2;
-        h.gage_type = 5;
+        SurveyHeader h = survey_header(2, 5);
         h.id_count = 6;
         set_ranges(h, {{"1", "3"}, {"A", "B"}});
         h.first_inc = 2;
@@ -61,9 +59,7 @@ TEST(DetailedWalks, EveryPatternWithTheColumnFirst) {
 // with the increment order column, point, row: the point turns back at every
 // other column pass, the row only moves when both have run out.
 TEST(DetailedWalks, ThreeDimensionZigzag) {
-    SurveyHeader h;
-    h.file_type = 4;
-    h.gage_type = 5;
+    SurveyHeader h = survey_header(4, 5);
     h.id_count = 12;
     set_ranges(h, {{"1", "2"}, {"1", "3"}, {"A", "B"}});
     h.first_inc = 3;

@@ -1,8 +1,8 @@
 // The head of detailed output: the "UFH:" row, the column names, the value
 // row, the label lists of manual files and the identity rows, for every file
 // type with an export; and the file types without one. The body behind the
-// identity rows isn't written yet, so a detailed run ends there with the
-// failure line and keeps its head.
+// head is the subject of the tests of whole detailed files; these surveys
+// have no reading slots, so their runs end at the first reading.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -33,10 +33,6 @@ const std::string NAMES = "FILENAME,TYPE,FILE VERSION,";
 const std::string TAIL = "PATTERN,# ID,# SETUP,# NOTES,CREATED,LAST SAVED";
 const std::string STAMPS = ",16,0/0/65516 0:0,0/0/65516 0:0\n\n";
 const std::string NO_IDENTITY = "DESCRIPTION:,\nLOCATION:,\nINSPECTOR ID:,\n";
-
-// The detailed body comes behind the identity rows; until then a run ends
-// with the head alone.
-const std::string BODY = "";
 
 struct HeadCase {
     const char* name;
@@ -194,10 +190,10 @@ TEST(DetailedHead, EveryFileTypeWithAnExport) {
         test::ScratchDir dir;
         test::survey_image(c.header).save(dir.file("survey.ugf"));
         const test::RunResult run = test::run_converter_binary({dir.file("survey.ugf"), "d", "v"});
-        const std::string written = c.head + BODY;
-        EXPECT_EQ(test::read_output(dir.file("survey_detailed_output.csv")).value_or("<none>"), written) << c.name;
-        EXPECT_EQ(run.console, OPENING + EXPORTING + written + FAILED) << c.name;
-        EXPECT_EQ(run.status, 1) << c.name;
+        const std::string output = test::read_output(dir.file("survey_detailed_output.csv")).value_or("<none>");
+        EXPECT_EQ(output.substr(0, c.head.size()), c.head) << c.name;
+        const std::string echo = OPENING + EXPORTING + c.head;
+        EXPECT_EQ(run.console.substr(0, echo.size()), echo) << c.name;
     }
 }
 
