@@ -1,6 +1,6 @@
 // Writes the sample surveys of this folder with the image builder of the
-// tests: small, realistic files of every file type that has a grid, from all
-// three instruments.
+// tests: small, realistic files of every file type that has an export, from
+// all three instruments.
 //   make_examples FOLDER          writes the samples into FOLDER
 //   make_examples --check FOLDER  exits with 1 when a sample in FOLDER
 //                                 differs from what the generator writes
@@ -255,9 +255,66 @@ Sample exchanger_3d_manual() {
     return {"exchanger_3d_manual.ugf", image};
 }
 
+// Corrosion gauge, "LINEAR": a drain line walked backwards from its last
+// point, with a lost signal under a note and an A-scan.
+Sample drain_linear() {
+    SurveyHeader h;
+    h.file_type = 0;
+    h.gage_type = 5;
+    h.prefix = "DRAIN-";
+    h.id_count = 12;
+    h.setup_count = 1;
+    h.walk_pattern = 1;
+    h.second_inc = 0;  // one dimension: no other place in the increment order
+    h.third_inc = 0;
+    header_texts(h, "DRAIN LINE 5", "PUMP HOUSE", "INSP-0117");
+    set_ranges(h, {{"01", "12"}});
+    ImageBuilder image = survey_image(h);
+    write_gauge_setup(image, 0, 0, {.resolution = 1, .velocity = 23300, .setup_name = "DRAIN"});
+    write_note(image, 0, 0, "INSULATED");
+    for (std::uint32_t i = 0; i < 12; ++i) {
+        GaugeReading r{.resolution = 1, .thickness = wall(1540, i * 13)};
+        if (i == 4) r = {.los = 1, .note_mask = 1};
+        write_slot(image, 0, i, gauge_record(r));
+    }
+    const std::size_t ascan_at = slot_at(0, 12);
+    write_slot(image, 0, 7, link_record(2, static_cast<std::uint32_t>(ascan_at)));
+    ThicknessAscanImage a;
+    a.head.resolution = 1;
+    a.head.thickness = 1389;
+    for (int s = 0; s < 30; ++s) {
+        a.max_samples.push_back(static_cast<std::uint16_t>(s >= 18 && s < 22 ? 160 : 6));
+        a.min_samples.push_back(static_cast<std::uint16_t>(s >= 18 && s < 22 ? 70 : 2));
+    }
+    a.range = 1000;
+    write_ascan_thickness(image, ascan_at, a);
+    return {"drain_linear.ugf", image};
+}
+
+// Precision gauge, "MANUAL": valve bodies measured in the order the inspector
+// came to them, each point named when it was taken.
+Sample valves_manual() {
+    SurveyHeader h;
+    h.file_type = 8;
+    h.gage_type = 6;
+    h.prefix = "V";
+    h.id_count = 6;
+    h.setup_count = 1;
+    header_texts(h, "CONTROL VALVES", "SKID 4", "INSP-0009");
+    set_ranges(h, {{"1", "6"}});
+    ImageBuilder image = survey_image(h);
+    write_gauge_setup(image, 8, 0, {.units = 1, .resolution = 1, .velocity = 5920, .setup_name = "VALVES"});
+    const char* names[] = {"V101 INLET", "V101 OUTLET", "V102 INLET", "V102 OUTLET", "V103 BONNET", "V104 INLET"};
+    for (std::uint32_t i = 0; i < 6; ++i) {
+        write_slot(image, 8, i, gauge_record({.units = 1, .resolution = 1, .thickness = 8120 - (i * 71) % 300}),
+                   names[i]);
+    }
+    return {"valves_manual.ugf", image};
+}
+
 std::vector<Sample> samples() {
     return {corrosion_2d(), boiler(), precision_3d(), manual_4d(), flaw_welds(),
-            pipe_linear_cpt(), nozzles_2d_manual(), exchanger_3d_manual()};
+            pipe_linear_cpt(), nozzles_2d_manual(), exchanger_3d_manual(), drain_linear(), valves_manual()};
 }
 
 bool same_as_file(const ImageBuilder& image, const std::string& path) {
