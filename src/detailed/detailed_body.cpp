@@ -202,9 +202,10 @@ ReadingScan merge_scan_head(const DlSession& session, ReadingRecord& reading,
 int write_custom_point_list(DlSession& session, CsvSink& sink) {
     if (csv_write("\nCUSTOM POINT #,CUSTOM POINT TEXT\n", sink) == 0) return 0;
     for (int i = 0; i < CUSTOM_POINT_LABEL_COUNT; ++i) {
-        char label[DIM_LABEL_SIZE] = {};
-        const std::uint64_t offset = CUSTOM_POINT_LABELS_OFFSET + 20u * static_cast<std::uint64_t>(i);
-        if (read_text(session.stream, offset, label, sizeof label, 20) == 0) return 0;
+        char label[LABEL_TEXT_SIZE] = {};
+        const std::uint64_t offset =
+            CUSTOM_POINT_LABELS_OFFSET + static_cast<std::uint64_t>(LABEL_TEXT_SIZE) * static_cast<std::uint64_t>(i);
+        if (read_text(session.stream, offset, label, sizeof label, LABEL_TEXT_SIZE) == 0) return 0;
         char row[LIST_ROW_SIZE] = {};
         format_text_bounded(row, sizeof row, "%i,%s\n", i, label);
         if (csv_write(row, sink) == 0) return 0;
