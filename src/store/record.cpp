@@ -33,6 +33,13 @@ std::uint32_t reading_slot_offset(const DlSession& session, std::int64_t storage
     return slot_table_offset(session.file_type) + index * slot_size(session.file_type);
 }
 
+std::uint64_t slot_capacity(DlSession& session) {
+    const std::uint64_t size = dl_file_size(session.stream);
+    const std::uint64_t first = slot_table_offset(session.file_type);
+    const std::uint64_t slot = slot_size(session.file_type);
+    return size > first ? (size - first + slot - 1) / slot : 0;
+}
+
 int read_record_head(DlSession& session, ReadingRecord& record, std::uint64_t offset) {
     FieldRun f{session.stream, offset};
     record.word0 = f.u32(0);
