@@ -64,6 +64,18 @@ void dl_close(DlStream& stream) {
     stream.generation = 0;
 }
 
+std::uint64_t dl_file_size(DlStream& stream) {
+    if (stream.file == nullptr) return 0;
+#if defined(_WIN32)
+    if (_fseeki64(stream.file, 0, SEEK_END) != 0) return 0;
+    const __int64 end = _ftelli64(stream.file);
+#else
+    if (fseeko(stream.file, 0, SEEK_END) != 0) return 0;
+    const off_t end = ftello(stream.file);
+#endif
+    return end < 0 ? 0 : static_cast<std::uint64_t>(end);
+}
+
 std::uint8_t read_u8(DlStream& stream, std::uint64_t offset, int* ok) {
     *ok = 0;
     const Page* page = fetch_page(stream, offset);

@@ -23,6 +23,9 @@ struct DlStream {
 int dl_open(DlStream& stream, const char* path);
 void dl_close(DlStream& stream);
 
+// Length of the file in bytes (0 when it can't be told).
+std::uint64_t dl_file_size(DlStream& stream);
+
 std::uint8_t read_u8(DlStream& stream, std::uint64_t offset, int* ok);
 std::uint16_t read_u16_be(DlStream& stream, std::uint64_t offset, int* ok);
 std::uint32_t read_u24_be(DlStream& stream, std::uint64_t offset, int* ok);

@@ -56,6 +56,31 @@ int write_filler(CsvSink& sink, std::uint32_t width) {
     return 1;
 }
 
+// Number of titles of a row of groups: a product of sizes, at most
+// UINT64_MAX.
+std::uint64_t titles_of(std::uint64_t groups, std::uint64_t per_group) {
+    std::uint64_t titles = 0;
+    return __builtin_mul_overflow(groups, per_group, &titles) ? UINT64_MAX : titles;
+}
+
+// Titles read no slot, so a size that couldn't be measured (running on as
+// 4294967295) or one far beyond the file would make a grid write titles for
+// ever: the title rows, and the row titles of a grid whose rows hold no cell.
+// Any grid may have up to MIN_TITLE_LIMIT titles in a row or column, and more
+// only when the file has as many slots; past that, the grid fails at once on
+// the first missing slot. A grid whose rows hold cells is bounded by its cells
+// anyway: the first cell past the end of the file ends it.
+constexpr std::uint64_t MIN_TITLE_LIMIT = 65536;
+
+int titles_fit(DlSession& session, std::uint64_t columns, std::uint64_t rows) {
+    const std::uint64_t capacity = slot_capacity(session);
+    const std::uint64_t limit = capacity > MIN_TITLE_LIMIT ? capacity : MIN_TITLE_LIMIT;
+    if (columns <= limit && (columns != 0 || rows <= limit)) return 1;
+    ReadingRecord missing{};
+    read_record_head(session, missing, reading_slot_offset(session, static_cast<std::int64_t>(capacity)));
+    return 0;
+}
+
 }  // namespace
 
 int write_grid_cell(DlSession& session, std::int64_t storage_index, CsvSink& sink, DigitLayout layout) {
@@ -97,6 +122,7 @@ int write_grid_cell(DlSession& session, std::int64_t storage_index, CsvSink& sin
 int export_grid_1d(DlSession& session, CsvSink& sink) {
     const GridSizes g = sizes_of(session);
     const DigitLayout layout = layout_of(session.gage_type);
+    if (titles_fit(session, g.s0, g.s1) == 0) return 0;
     for (std::uint32_t c = 0; c < g.s0; ++c) {
         if (write_title(session, sink, 0, c, true) == 0) return 0;
     }
@@ -114,6 +140,7 @@ int export_grid_1d(DlSession& session, CsvSink& sink) {
 int export_grid_2d(DlSession& session, CsvSink& sink) {
     const GridSizes g = sizes_of(session);
     const DigitLayout layout = layout_of(session.gage_type);
+    if (titles_fit(session, g.s1, g.s0) == 0) return 0;
     if (csv_write(",", sink) == 0) return 0;
     for (std::uint32_t r = 0; r < g.s1; ++r) {
         if (write_title(session, sink, 1, r * g.s0, false) == 0) return 0;
@@ -132,6 +159,7 @@ int export_grid_2d(DlSession& session, CsvSink& sink) {
 int export_grid_3d(DlSession& session, CsvSink& sink) {
     const GridSizes g = sizes_of(session);
     const DigitLayout layout = layout_of(session.gage_type);
+    if (titles_fit(session, titles_of(g.s2, g.s0), g.s1) == 0) return 0;
     for (std::uint32_t k = 0; k < g.s2; ++k) {
         if (write_title(session, sink, 2, k * g.s0 * g.s1, true) == 0) return 0;
         if (write_filler(sink, g.s0) == 0) return 0;
@@ -158,6 +186,7 @@ int export_grid_3d(DlSession& session, CsvSink& sink) {
 int export_grid_4d(DlSession& session, CsvSink& sink) {
     const GridSizes g = sizes_of(session);
     const DigitLayout layout = layout_of(session.gage_type);
+    if (titles_fit(session, titles_of(titles_of(g.s3, g.s2), g.s0), g.s1) == 0) return 0;
     for (std::uint32_t m = 0; m < g.s3; ++m) {
         if (write_title(session, sink, 3, m * g.s0 * g.s1 * g.s2, true) == 0) return 0;
         if (write_filler(sink, g.s0 * g.s2) == 0) return 0;

@@ -28,9 +28,16 @@ std::uint32_t slot_size(std::int32_t file_type) {
     return RECORD_SIZE;
 }
 
-std::uint32_t reading_slot_offset(const DlSession& session, std::int64_t storage_index) {
-    const std::uint32_t index = static_cast<std::uint32_t>(storage_index);
+std::uint64_t reading_slot_offset(const DlSession& session, std::int64_t storage_index) {
+    const std::uint64_t index = static_cast<std::uint32_t>(storage_index);
     return slot_table_offset(session.file_type) + index * slot_size(session.file_type);
+}
+
+std::uint64_t slot_capacity(DlSession& session) {
+    const std::uint64_t size = dl_file_size(session.stream);
+    const std::uint64_t first = slot_table_offset(session.file_type);
+    const std::uint64_t slot = slot_size(session.file_type);
+    return size > first ? (size - first + slot - 1) / slot : 0;
 }
 
 int read_record_head(DlSession& session, ReadingRecord& record, std::uint64_t offset) {

@@ -206,3 +206,62 @@ TEST(DamagedFiles, EveryRunEndsCleanly) {
 
 }  // namespace
 }  // namespace ugf
+
+namespace ugf {
+namespace {
+
+// A grid with more titles in a row or column than the file has slots (and
+// more than 65536) fails before its titles, on the first missing slot.
+TEST(DamagedFiles, TitlesBeyondTheFileFailAtOnce) {
+    struct Case {
+        const char* name;
+        std::uint32_t file_type;
+        std::vector<DimRange> dims;
+    } cases[] = {
+        {"2D, a column range that can't be measured", 2, {{"01", "03"}, {"A", "1"}}},
+        {"2D, ten million columns", 2, {{"01", "03"}, {"0000000", "9999999"}}},
+        {"3D, ten million points in every group", 4, {{"0000000", "9999999"}, {"1", "2"}, {"A", "B"}}},
+        {"2D, rows without cells that can't be counted", 2, {{"A", "1"}}},
+    };
+    for (const Case& c : cases) {
+        SurveyHeader h;
+        h.file_type = c.file_type;
+        set_ranges(h, c.dims);
+        ImageBuilder image = survey_image(h);
+        write_slot(image, c.file_type, 20, gauge_record({.thickness = 1}));
+        ScratchDir dir;
+        image.save(dir.file("wide.ugf"));
+        RunResult run = run_converter_binary({dir.file("wide.ugf"), "g", "a"}, "", 20);
+        EXPECT_EQ(run.console,
+                  "STATUS: Opening Datalogger Session...\n"
+                  "STATUS: Exporting Data Logger File...\n"
+                  "ERROR: FS_READ_ERROR.\n"
+                  "ERROR: Operation failed!\n")
+            << c.name;
+        EXPECT_EQ(run.status, 1) << c.name;
+        EXPECT_EQ(read_output(dir.file("wide_grid_output.csv")), "") << c.name;
+    }
+}
+
+}  // namespace
+}  // namespace ugf
+
+namespace ugf {
+namespace {
+
+// Every input the fuzzer found troublesome stays here as a regression.
+TEST(DamagedFiles, FuzzFindingsEndCleanly) {
+    int count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(UGF_FUZZ_REGRESSIONS)) {
+        const std::string bytes = read_file(entry.path().string()).value_or("");
+        ImageBuilder image;
+        image.bytes.assign(bytes.begin(), bytes.end());
+        Outcome outcome = run_damaged(image);
+        EXPECT_TRUE(outcome.ok) << entry.path().filename() << ": " << outcome.why;
+        ++count;
+    }
+    EXPECT_GT(count, 0);
+}
+
+}  // namespace
+}  // namespace ugf

@@ -42,15 +42,15 @@ TEST(SlotGeometry, FirstSlotAndSizeByFileType) {
     struct Case {
         std::int32_t file_type;
         std::int64_t index;
-        std::uint32_t offset;
+        std::uint64_t offset;
     } cases[] = {
         {0, 0, 5376},   {8, 0, 5376},   {10, 0, 13376},  // index 0 of LINEAR, MANUAL, 2D-MANUAL
         {0, 3, 5424},   {8, 3, 5487},   {10, 3, 13424},  // index 3 of the same
         {9, 2, 5450},   {11, 2, 13408}, {12, 5, 13456},
         {1, 10, 5536},  {5, 1, 5392},   {6, 1, 5392},    {7, 1, 5392},
         {13, 1, 5392},  {-1, 1, 5392},  {200, 2, 5408},  // unknown types take the standard slots
-        // 32-bit arithmetic: the index's low 32 bits count and the product wraps.
-        {0, 0x10000000, 5376},
+        // The index's low 32 bits count; the offset doesn't wrap back into the file.
+        {0, 0x10000000, 5376 + 0x100000000ULL},
         {8, 0x100000002LL, 5450},
     };
     for (const Case& c : cases) {
