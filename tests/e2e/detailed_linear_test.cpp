@@ -111,5 +111,25 @@ TEST(DetailedLinear, UnknownGageTypeInBothForms) {
                            IDENTITY_EMPTY + NOTES_EMPTY);
 }
 
+// A walk with no increment field doesn't move: it reads slot 0 at every
+// visit. It ends, failing, once it has made as many visits as the file has
+// slots, however many points the survey counts.
+TEST(DetailedLinear, StuckWalkEndsWithTheFile) {
+    SurveyHeader h = survey_header(0, 5, "S");
+    set_ranges(h, {{"1", "9"}});
+    h.first_inc = 0;
+    h.second_inc = 0;
+    h.third_inc = 0;
+    ImageBuilder image = survey_image(h);
+    write_slot(image, 0, 0, gauge_record({.resolution = 1, .thickness = 12345}));
+    image.resize(slot_at(0, 3));
+    const std::string row = "S1, 1.235,IN,OFF,OFF,LOW ,OFF,,0,STD,OFF,OFF,,,,,,\n";
+    expect_fails_after(image, "d",
+                       PREAMBLE_CORROSION + COLUMNS_LINEAR +
+                           "FILE-NAME.CSV,LINEAR,29,S,1,9,1,STANDARD,0,0," + STAMPS + IDENTITY_EMPTY +
+                           NOTES_EMPTY + TITLES_CORROSION + row + row + row);
+    expect_fails_after(image, "g", "S1, 1.235\nS1, 1.235\nS1, 1.235\n");
+}
+
 }  // namespace
 }  // namespace ugf::test
