@@ -84,6 +84,37 @@ void merge_flaw_head(const DlSession& session, ReadingRecord& reading, const Sca
     }
 }
 
+// What follows the value in a detailed row: the remaining columns of a
+// thickness gauge (the flaw detector's value was the whole row), then the
+// dump of the reading's scan, with fresh titles behind it when `more`
+// readings follow.
+int write_columns_and_dumps(DlSession& session, const ReadingRecord& reading,
+                            const ReadingScan& scan, int more, CsvSink& sink) {
+    const std::int32_t gage_type = session.gage_type;
+    int written = 1;
+    if (gage_type == GAGE_CORROSION) {
+        written = write_columns_corrosion(session, reading, scan.has_ascan, sink, scan.velocity_flag);
+    } else if (gage_type == GAGE_PRECISION) {
+        written = write_columns_precision(session, reading, scan.has_ascan, sink, scan.velocity_flag);
+    } else if (gage_type != GAGE_FLAW_DETECTOR) {
+        written = 0;  // no row of its own for an unknown instrument
+    }
+    if (written == 0) return 0;
+
+    if (scan.has_ascan != 0) {
+        if (gage_type == GAGE_FLAW_DETECTOR) {
+            // The dump gets its own copy of the setup that the merged reading names.
+            const FlawSetup setup = session.setups[flaw_setup_number(reading)].flaw;
+            written = write_ascan_dump_flaw(session, scan_store, setup, sink, more);
+        } else {
+            written = write_ascan_dump_thickness(session, scan_store, sink, more);
+        }
+        if (written == 0) return 0;
+    }
+    if (scan.has_bscan != 0) return write_bscan_dump(session, reading, scan_store, sink, more);
+    return 1;
+}
+
 // One walk over the readings. `output_form` 0 writes the plain grid rows of
 // "LINEAR" and "MANUAL" files; 1 the rows of the detailed table with their
 // dumps.
@@ -132,32 +163,8 @@ int walk_readings(DlSession& session, int output_form, CsvSink& sink) {
         if (output_form != OUTPUT_DETAILED) {
             if (csv_write("\n", sink) == 0) return 0;
         } else {
-            int written = 1;
-            if (gage_type == GAGE_CORROSION) {
-                written = write_columns_corrosion(session, reading, scan.has_ascan, sink,
-                                                  scan.velocity_flag);
-            } else if (gage_type == GAGE_PRECISION) {
-                written = write_columns_precision(session, reading, scan.has_ascan, sink,
-                                                  scan.velocity_flag);
-            } else if (gage_type != GAGE_FLAW_DETECTOR) {
-                written = 0;  // no row of its own for an unknown instrument
-            }
-            if (written == 0) return 0;
-
             const int more = visit != point_total - 1 ? 1 : 0;
-            if (scan.has_ascan != 0) {
-                if (gage_type == GAGE_FLAW_DETECTOR) {
-                    const FlawSetup setup = session.setups[flaw_setup_number(reading)].flaw;
-                    written = write_ascan_dump_flaw(session, scan_store, setup, sink, more);
-                } else {
-                    written = write_ascan_dump_thickness(session, scan_store, sink, more);
-                }
-                if (written == 0) return 0;
-            }
-            if (scan.has_bscan != 0 &&
-                write_bscan_dump(session, reading, scan_store, sink, more) == 0) {
-                return 0;
-            }
+            if (write_columns_and_dumps(session, reading, scan, more, sink) == 0) return 0;
         }
 
         if (stored_ids) {
