@@ -127,16 +127,16 @@ int walk_readings(DlSession& session, int output_form, CsvSink& sink) {
                                                                  : LAYOUT_STANDARD;
     const bool stored_ids = session.file_type == FILE_TYPE_MANUAL;
     const std::uint32_t point_total = point_total_of(session.id_spec.cursor);
-    // A walk that visits each point once reads a slot past the end of the
-    // file before it has made more visits than the file has slots. Only a
-    // damaged walk (one that doesn't move, or cycles through part of the box)
-    // gets that far; it ends here instead of reading the same slots again for
-    // up to 2^32 visits.
+    // A walk that visits each point once has read a slot past the end of the
+    // file (and reported it) by its visit number slots + 1. Only a damaged walk
+    // (one that doesn't move, or cycles through part of the box) gets further;
+    // it ends there instead of reading the same slots again for up to 2^32
+    // visits.
     const std::uint64_t slots_in_file = slot_capacity(session);
 
     std::uint32_t storage_index = 0;
     for (std::uint32_t visit = 0; visit < point_total; ++visit) {
-        if (visit >= slots_in_file) return 0;
+        if (visit > slots_in_file) return 0;
         ReadingRecord reading{};
         char id_text[ID_CELL_SIZE] = {};
         if (read_reading(session, storage_index, reading, scan_store, output_form) == 0) return 0;

@@ -72,6 +72,22 @@ std::uint64_t titles_of(std::uint64_t groups, std::uint64_t per_group) {
 // anyway: the first cell past the end of the file ends it.
 constexpr std::uint64_t MIN_TITLE_LIMIT = 65536;
 
+// The cells a grid may still read: one more than the file has slots (that
+// one is past the end of a sound file and reports its read error). Slot
+// offsets wrap at 2^32, so the huge indexes of a damaged survey alias slots
+// near the start of the table and could be read again and again; a sound
+// grid visits each slot once.
+struct CellBudget {
+    std::uint64_t left = 0;
+};
+
+int write_budgeted_cell(DlSession& session, std::uint32_t storage_index, CsvSink& sink,
+                        DigitLayout layout, CellBudget& budget) {
+    if (budget.left == 0) return 0;
+    --budget.left;
+    return write_grid_cell(session, storage_index, sink, layout);
+}
+
 int titles_fit(DlSession& session, std::uint64_t columns, std::uint64_t rows) {
     const std::uint64_t capacity = slot_capacity(session);
     const std::uint64_t limit = capacity > MIN_TITLE_LIMIT ? capacity : MIN_TITLE_LIMIT;
@@ -123,6 +139,7 @@ int export_grid_1d(DlSession& session, CsvSink& sink) {
     const GridSizes g = sizes_of(session);
     const DigitLayout layout = layout_of(session.gage_type);
     if (titles_fit(session, g.s0, g.s1) == 0) return 0;
+    CellBudget budget{slot_capacity(session) + 1};
     for (std::uint32_t c = 0; c < g.s0; ++c) {
         if (write_title(session, sink, 0, c, true) == 0) return 0;
     }
@@ -130,7 +147,7 @@ int export_grid_1d(DlSession& session, CsvSink& sink) {
     for (std::uint32_t r = 0; r < g.s1; ++r) {
         if (write_title(session, sink, 1, r * g.s0, false) == 0) return 0;
         for (std::uint32_t c = 0; c < g.s0; ++c) {
-            if (write_grid_cell(session, r * g.s0 + c, sink, layout) == 0) return 0;
+            if (write_budgeted_cell(session, r * g.s0 + c, sink, layout, budget) == 0) return 0;
         }
         if (csv_write(",\n", sink) == 0) return 0;
     }
@@ -141,6 +158,7 @@ int export_grid_2d(DlSession& session, CsvSink& sink) {
     const GridSizes g = sizes_of(session);
     const DigitLayout layout = layout_of(session.gage_type);
     if (titles_fit(session, g.s1, g.s0) == 0) return 0;
+    CellBudget budget{slot_capacity(session) + 1};
     if (csv_write(",", sink) == 0) return 0;
     for (std::uint32_t r = 0; r < g.s1; ++r) {
         if (write_title(session, sink, 1, r * g.s0, false) == 0) return 0;
@@ -149,7 +167,7 @@ int export_grid_2d(DlSession& session, CsvSink& sink) {
     for (std::uint32_t i = 0; i < g.s0; ++i) {
         if (write_title(session, sink, 0, i, false) == 0) return 0;
         for (std::uint32_t j = 0; j < g.s1; ++j) {
-            if (write_grid_cell(session, j * g.s0 + i, sink, layout) == 0) return 0;
+            if (write_budgeted_cell(session, j * g.s0 + i, sink, layout, budget) == 0) return 0;
         }
         if (csv_write("\n", sink) == 0) return 0;
     }
@@ -160,6 +178,7 @@ int export_grid_3d(DlSession& session, CsvSink& sink) {
     const GridSizes g = sizes_of(session);
     const DigitLayout layout = layout_of(session.gage_type);
     if (titles_fit(session, titles_of(g.s2, g.s0), g.s1) == 0) return 0;
+    CellBudget budget{slot_capacity(session) + 1};
     for (std::uint32_t k = 0; k < g.s2; ++k) {
         if (write_title(session, sink, 2, k * g.s0 * g.s1, true) == 0) return 0;
         if (write_filler(sink, g.s0) == 0) return 0;
@@ -175,7 +194,7 @@ int export_grid_3d(DlSession& session, CsvSink& sink) {
         if (write_title(session, sink, 1, r * g.s0, false) == 0) return 0;
         for (std::uint32_t k = 0; k < g.s2; ++k) {
             for (std::uint32_t c = 0; c < g.s0; ++c) {
-                if (write_grid_cell(session, (k * g.s1 + r) * g.s0 + c, sink, layout) == 0) return 0;
+                if (write_budgeted_cell(session, (k * g.s1 + r) * g.s0 + c, sink, layout, budget) == 0) return 0;
             }
         }
         if (csv_write(",\n", sink) == 0) return 0;
@@ -187,6 +206,7 @@ int export_grid_4d(DlSession& session, CsvSink& sink) {
     const GridSizes g = sizes_of(session);
     const DigitLayout layout = layout_of(session.gage_type);
     if (titles_fit(session, titles_of(titles_of(g.s3, g.s2), g.s0), g.s1) == 0) return 0;
+    CellBudget budget{slot_capacity(session) + 1};
     for (std::uint32_t m = 0; m < g.s3; ++m) {
         if (write_title(session, sink, 3, m * g.s0 * g.s1 * g.s2, true) == 0) return 0;
         if (write_filler(sink, g.s0 * g.s2) == 0) return 0;
@@ -213,7 +233,7 @@ int export_grid_4d(DlSession& session, CsvSink& sink) {
             for (std::uint32_t k = 0; k < g.s2; ++k) {
                 for (std::uint32_t c = 0; c < g.s0; ++c) {
                     const std::uint32_t index = ((m * g.s2 + k) * g.s1 + r) * g.s0 + c;
-                    if (write_grid_cell(session, index, sink, layout) == 0) return 0;
+                    if (write_budgeted_cell(session, index, sink, layout, budget) == 0) return 0;
                 }
             }
         }

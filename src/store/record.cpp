@@ -29,8 +29,9 @@ std::uint32_t slot_size(std::int32_t file_type) {
 }
 
 std::uint64_t reading_slot_offset(const DlSession& session, std::int64_t storage_index) {
-    const std::uint64_t index = static_cast<std::uint32_t>(storage_index);
-    return slot_table_offset(session.file_type) + index * slot_size(session.file_type);
+    const std::uint32_t index = static_cast<std::uint32_t>(storage_index);
+    return static_cast<std::uint32_t>(slot_table_offset(session.file_type) +
+                                      index * slot_size(session.file_type));
 }
 
 std::uint64_t slot_capacity(DlSession& session) {

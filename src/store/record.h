@@ -47,9 +47,8 @@ struct ReadingRecord {
 
 std::uint32_t slot_table_offset(std::int32_t file_type);
 std::uint32_t slot_size(std::int32_t file_type);
-// File offset of the slot of a storage index (its low 32 bits count). The
-// offset itself doesn't wrap at 2^32: a slot that lies that far out is past
-// the end of any file, rather than back at its start.
+// File offset of the slot of a storage index: its low 32 bits count, and the
+// offset wraps at 2^32 as the instrument computes it.
 std::uint64_t reading_slot_offset(const DlSession& session, std::int64_t storage_index);
 // Number of slots that begin before the end of the file.
 std::uint64_t slot_capacity(DlSession& session);

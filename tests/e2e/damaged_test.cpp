@@ -265,3 +265,32 @@ TEST(DamagedFiles, FuzzFindingsEndCleanly) {
 
 }  // namespace
 }  // namespace ugf
+
+namespace ugf {
+namespace {
+
+// Storage indexes of 2^28 and beyond alias the first slots (offsets wrap at
+// 2^32); a grid reads at most one cell more than the file has slots.
+TEST(DamagedFiles, AliasedSlotsEndWithTheFile) {
+    SurveyHeader h;
+    h.file_type = 2;
+    set_ranges(h, {{"000000000", "268435455"}, {"A", "C"}});
+    ImageBuilder image = survey_image(h);
+    for (std::uint32_t i = 0; i < 3; ++i) {
+        write_slot(image, 2, i, gauge_record({.resolution = 1, .thickness = 12345}));
+    }
+    image.resize(slot_at(2, 3));
+    ScratchDir dir;
+    image.save(dir.file("alias.ugf"));
+    RunResult run = run_converter_binary({dir.file("alias.ugf"), "g", "a"}, "", 20);
+    EXPECT_EQ(run.console,
+              "STATUS: Opening Datalogger Session...\n"
+              "STATUS: Exporting Data Logger File...\n"
+              "ERROR: Operation failed!\n");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(read_output(dir.file("alias_grid_output.csv")),
+              ",A,B,C,\n000000000, 1.235, 1.235, 1.235,\n000000001, 1.235,");
+}
+
+}  // namespace
+}  // namespace ugf

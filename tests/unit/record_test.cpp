@@ -49,8 +49,9 @@ TEST(SlotGeometry, FirstSlotAndSizeByFileType) {
         {9, 2, 5450},   {11, 2, 13408}, {12, 5, 13456},
         {1, 10, 5536},  {5, 1, 5392},   {6, 1, 5392},    {7, 1, 5392},
         {13, 1, 5392},  {-1, 1, 5392},  {200, 2, 5408},  // unknown types take the standard slots
-        // The index's low 32 bits count; the offset doesn't wrap back into the file.
-        {0, 0x10000000, 5376 + 0x100000000ULL},
+        // 32-bit arithmetic: the index's low 32 bits count and the product wraps.
+        {0, 0x10000000, 5376},
+        {0, 0xFFFFFFFF, 5360},
         {8, 0x100000002LL, 5450},
     };
     for (const Case& c : cases) {
