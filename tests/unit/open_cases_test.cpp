@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <string>
 
 #include "detailed/header_values.h"
@@ -15,6 +16,7 @@
 #include "ident/session_id.h"
 #include "present/dac_curve.h"
 #include "present/flaw_row.h"
+#include "store/scan.h"
 #include "support/session_csv.h"
 #include "support/survey_image.h"
 
@@ -37,6 +39,63 @@ TEST(OpenCasesSession, LabelCountBytesOfOtherFileTypesAreLabelText) {
         test::OpenedSurvey o(test::survey_image(h));
         ASSERT_EQ(o.result, 1) << file_type;
         EXPECT_STREQ(custom_point_label(&o.session, 1, 0), label.c_str()) << file_type;
+    }
+}
+
+// The limits of the identifier counts are tested once the setups are read,
+// the label counts of a manual file before any label is.
+TEST(OpenCasesSession, LimitsAreCheckedInTheirPlaceOfTheOpen) {
+    SurveyHeader split;
+    split.file_type = 4;
+    split.c2 = 19;
+    split.start_id = split.end_id = std::string(19, '1');
+    test::ImageBuilder image = test::survey_image(split);
+    test::write_gauge_setup(image, 0, 3, {});
+    test::OpenedSurvey late(image);
+    EXPECT_EQ(late.result, 0);
+    EXPECT_EQ(late.session.setups[3].gauge.setup_present, 1u);
+
+    SurveyHeader manual;
+    manual.file_type = 12;
+    test::set_manual_labels(manual, {{"A"}, {"B"}, {"C"}, {"D"}});
+    manual.dim_label_count[3] = 101;
+    test::OpenedSurvey early(test::survey_image(manual));
+    EXPECT_EQ(early.result, 0);
+    EXPECT_STREQ(early.session.dim_label_table[0][0], "");
+}
+
+// A thickness gauge A-scan with too many samples, its fixed fields (1288 to
+// 1315) cut by the end of the file: the fields are read before the count is
+// refused, so the read error shows.
+TEST(OpenCasesSession, SampleCountIsRefusedAfterTheFixedFields) {
+    const std::uint32_t block = 0x4000;
+    const struct {
+        std::size_t end;
+        const char* console;
+    } cases[] = {{1301, "ERROR: FS_READ_ERROR.\n"}, {1316, ""}};
+    for (const auto& c : cases) {
+        test::ImageBuilder image;
+        test::write_slot(image, 0, 0, test::link_record(2, block));
+        test::ThicknessAscanImage scan;
+        scan.sample_count = 319;
+        scan.min_samples.assign(318, 1);
+        scan.max_samples.assign(318, 2);
+        test::write_ascan_thickness(image, block, scan);
+        image.resize(block + c.end);
+        test::ScratchDir dir;
+        image.save(dir.file("s.ugf"));
+        static DlSession session;
+        static ScanStore store;
+        ASSERT_EQ(dl_open(session.stream, dir.file("s.ugf").c_str()), 1);
+        session.gage_type = 5;
+        session.file_version = 24;
+        session.file_type = 0;
+        ReadingRecord reading;
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(read_reading(session, 0, reading, store, 1), 0) << c.end;
+        std::fflush(stdout);
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), c.console) << c.end;
+        dl_close(session.stream);
     }
 }
 
