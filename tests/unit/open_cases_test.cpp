@@ -150,6 +150,29 @@ TEST(OpenCasesIdentifiers, TitleWithItsUnitIsCutTo20) {
     EXPECT_STREQ(out, "0000000000000000010F");
 }
 
+// Custom points 1 to 25: the label table holds 20, so positions 20 to 24
+// name nothing, in titles and identifiers alike.
+TEST(OpenCasesIdentifiers, CustomPointsPastTheTableHaveNoText) {
+    SurveyHeader h;
+    h.file_type = 1;
+    test::set_ranges(h, {{"01", "25"}, {"7", "7"}});
+    h.custom_point_labels[19] = "LAST";
+    test::OpenedSurvey o(test::survey_image(h));
+    ASSERT_EQ(o.result, 1);
+    const struct {
+        std::int64_t index;
+        const char* title;
+        const char* id;
+    } cases[] = {{19, "LAST", "7LAST"}, {20, "", "7"}, {24, "", "7"}};
+    for (const auto& c : cases) {
+        char out[ID_TEXT_SIZE] = {};
+        session_dimension_text(o.session, c.index, out, 0, 1);
+        EXPECT_STREQ(out, c.title) << c.index;
+        session_point_id(o.session, c.index, out, 1);
+        EXPECT_STREQ(out, c.id) << c.index;
+    }
+}
+
 // 65536 x 65535 points: the count passes 2^31 and prints unsigned; the
 // setup count is the byte as stored.
 TEST(OpenCasesIdentifiers, HeaderRowCountsAreUnsigned) {
