@@ -33,11 +33,9 @@ TEST(CursorIndex, SeekAndFlatIndexAreInverse) {
         std::int64_t index;
         std::array<std::int64_t, 4> positions;
     } cases[] = {
-        {box(3, 2), 4, {1, 1, 0, 0}},
         {box(3, 2), 5, {2, 1, 0, 0}},
         {box(2, 3, 2), 9, {1, 1, 1, 0}},
         {box(2, 3, 4, 5), 119, {1, 2, 3, 4}},
-        {box(2, 3, 4, 5), 24 + 6 + 2 + 1, {1, 1, 1, 1}},
         {box(7), 6, {6, 0, 0, 0}},
     };
     for (const Case& c : cases) {
@@ -143,20 +141,10 @@ std::vector<std::string> words(const char* text) {
     return out;
 }
 
+// The walks of two dimensions in the order column, row are those of the
+// whole-file tests; here the other orders, more dimensions and odd fields.
 TEST(CursorWalk, WalkTables) {
     const WalkCase cases[] = {
-        {"2D 1,2 standard", box(3, 2), 1, 2, 0, 0, WALK_STANDARD, TYPE_3D,
-         "00 10 20 01 11 21", "0 1 2 3 4 5"},
-        {"2D 1,2 reverse", box(3, 2), 1, 2, 0, 0, WALK_REVERSE, TYPE_3D,
-         "00 21 11 01 20 10", "0 5 4 3 2 1"},
-        {"2D 1,2 zigzag", box(3, 2), 1, 2, 0, 0, WALK_ZIGZAG, TYPE_3D,
-         "00 10 20 21 11 01", "0 1 2 5 4 3"},
-        {"2D 1,2 reverse zigzag", box(3, 2), 1, 2, 0, 0, WALK_REVERSE_ZIGZAG, TYPE_3D,
-         "00 01 11 21 20 10", "0 3 4 5 2 1"},
-        {"2D 2,1 standard", box(3, 2), 2, 1, 0, 0, WALK_STANDARD, TYPE_3D,
-         "00 01 10 11 20 21", "0 3 1 4 2 5"},
-        {"2D 2,1 reverse", box(3, 2), 2, 1, 0, 0, WALK_REVERSE, TYPE_3D,
-         "00 21 20 11 10 01", "0 5 2 4 1 3"},
         {"2D 2,1 zigzag", box(3, 2), 2, 1, 0, 0, WALK_ZIGZAG, TYPE_3D,
          "00 01 11 10 20 21", "0 3 4 1 2 5"},
         {"2D 2,1 reverse zigzag", box(3, 2), 2, 1, 0, 0, WALK_REVERSE_ZIGZAG, TYPE_3D,
@@ -175,8 +163,6 @@ TEST(CursorWalk, WalkTables) {
          nullptr},
         {"4D standard", box(2, 1, 1, 2), 1, 2, 3, 4, WALK_STANDARD, TYPE_4D_MANUAL,
          "0000 1000 0001 1001", "0 1 2 3"},
-        {"1D standard", box(3), 1, 0, 0, 0, WALK_STANDARD, 0, "0 1 2", nullptr},
-        {"1D reverse", box(3), 1, 0, 0, 0, WALK_REVERSE, 0, "0 2 1", nullptr},
         {"1D zigzag walks as standard", box(3), 1, 0, 0, 0, WALK_ZIGZAG, 0, "0 1 2", nullptr},
         {"1D reverse zigzag walks as reverse", box(3), 1, 0, 0, 0, WALK_REVERSE_ZIGZAG, 0,
          "0 2 1", nullptr},

@@ -297,20 +297,6 @@ TEST(DacCurveAlarm, CustomCurveRunsOnFlat) {
                         {14, 20, 56, ALARM_ARMED},
                         {12, 102, 511, ALARM_ARMED},  // column 100 is past the display
                     });
-
-    CurveSetup on = microsecond_setup(3);
-    on.dac_on = 1;
-    on.rl_gain = -60;
-    on.sl_gain = 0;
-    on.el_gain = 60;
-    check_alarms(prepare(on, TWO_POINTS), {
-                                              {12, 20, 142, ALARM_HIGH},
-                                              {12, 20, 141, ALARM_ARMED},
-                                              {13, 20, 283, ALARM_HIGH},
-                                              {13, 20, 282, ALARM_ARMED},
-                                              {14, 20, 512, ALARM_HIGH},  // 562.66 capped
-                                              {14, 20, 511, ALARM_ARMED},
-                                          });
 }
 
 TEST(DacCurveAlarm, OtherFamiliesAreExponentialWithNoOffsets) {
