@@ -96,6 +96,20 @@ namespace {
 
 // n big-endian bytes, stopping at the first failed byte.
 std::uint32_t read_be(DlStream& stream, std::uint64_t offset, int n, int* ok) {
+    // The usual field lies inside one cached page that the file fills: take
+    // its bytes at once. Anything else (a page boundary, the end of the file,
+    // a failed seek) goes byte by byte below, so the error lines and the
+    // stop at the first failed byte stay those of single-byte reads.
+    const std::size_t at = static_cast<std::size_t>(offset % PAGE_SIZE);
+    if (at + static_cast<std::size_t>(n) <= PAGE_SIZE) {
+        const Page* page = fetch_page(stream, offset);
+        if (page != nullptr && at + static_cast<std::size_t>(n) <= page->length) {
+            std::uint32_t value = 0;
+            for (int i = 0; i < n; ++i) value = (value << 8) | page->bytes[at + static_cast<std::size_t>(i)];
+            *ok = 1;
+            return value;
+        }
+    }
     std::uint32_t value = 0;
     for (int i = 0; i < n; ++i) {
         std::uint8_t byte = read_u8(stream, offset + static_cast<std::uint64_t>(i), ok);

@@ -148,17 +148,18 @@ void id_spec_init_manual(IdSpec& spec, const std::int64_t size[4], const std::in
     }
 }
 
-void id_dimension_refresh(IdDimension& dim, std::int32_t file_type, std::int64_t offset) {
-    if (dim.step == 0) {
-        dim.current_text[0] = '\0';
-        return;
-    }
+namespace {
+
+// The work of id_dimension_refresh for a dimension in use. Returns 0 when the
+// start and end texts don't subtract: current_text is then left as it was, so
+// that outcome depends on more than the inputs and is never remembered.
+int compute_dimension_text(IdDimension& dim, std::int32_t file_type, std::int64_t offset) {
     if (is_manual(file_type)) {
         format_text(dim.current_text, ID_TEXT_SIZE, "%lld", static_cast<long long>(offset));
-        return;
+        return 1;
     }
     std::int64_t difference = 0;
-    if (id_text_subtract(dim.end_text, dim.start_text, &difference) == 0) return;
+    if (id_text_subtract(dim.end_text, dim.start_text, &difference) == 0) return 0;
 
     // The template: the counted part of the difference without its leading
     // zero characters, but with one of them kept in front as a spare
@@ -175,7 +176,7 @@ void id_dimension_refresh(IdDimension& dim, std::int32_t file_type, std::int64_t
     int fits = write_offset_text(templ, width, offset, offset_text);
     dim.current_text[0] = '\0';
     std::size_t length = std::strlen(dim.start_text);
-    if (fits == 0 || width > length) return;
+    if (fits == 0 || width > length) return 1;
 
     // Only the last `width` positions of the start pass through the
     // arithmetic, so a long start (12 digits, say) works although its whole
@@ -183,12 +184,37 @@ void id_dimension_refresh(IdDimension& dim, std::int32_t file_type, std::int64_t
     std::size_t kept = length - width;
     std::int64_t value = 0;
     std::int32_t carry = 0;
-    if (id_text_add(dim.start_text + kept, offset_text, &value, &carry) == 0) return;
+    if (id_text_add(dim.start_text + kept, offset_text, &value, &carry) == 0) return 1;
     char current[ID_TEXT_SIZE] = {};
     std::memcpy(current, dim.start_text, kept);
     copy_text(current + kept, id_result_text());
     if (carry != 0) run_carry(current, kept);
     copy_text(dim.current_text, current);
+    return 1;
+}
+
+}  // namespace
+
+void id_dimension_refresh(IdDimension& dim, std::int32_t file_type, std::int64_t offset) {
+    if (dim.step == 0) {
+        dim.current_text[0] = '\0';
+        return;
+    }
+    IdDimension::RefreshMemo& memo = dim.memo;
+    const bool manual = is_manual(file_type);
+    if (memo.valid && memo.manual == manual && memo.offset == offset &&
+        std::memcmp(memo.start_text, dim.start_text, ID_TEXT_SIZE) == 0 &&
+        std::memcmp(memo.end_text, dim.end_text, ID_TEXT_SIZE) == 0) {
+        std::memcpy(dim.current_text, memo.result, ID_TEXT_SIZE);
+        return;
+    }
+    memo.valid = compute_dimension_text(dim, file_type, offset) == 1;
+    if (!memo.valid) return;
+    memo.manual = manual;
+    memo.offset = offset;
+    std::memcpy(memo.start_text, dim.start_text, ID_TEXT_SIZE);
+    std::memcpy(memo.end_text, dim.end_text, ID_TEXT_SIZE);
+    std::memcpy(memo.result, dim.current_text, ID_TEXT_SIZE);
 }
 
 void id_spec_refresh(IdSpec& spec, std::int32_t file_type) {

@@ -16,6 +16,20 @@ struct IdDimension {
     char end_text[ID_TEXT_SIZE] = {};
     char current_text[ID_TEXT_SIZE] = {};
     std::int32_t step = 0;  // 0: the dimension is not in use
+    // The last text that id_dimension_refresh worked out, with what it was
+    // worked out from. A walk refreshes every dimension at every point while
+    // most of them stay where they were, and the identifier arithmetic is
+    // the dearest step of a row; the memo lets an unchanged dimension copy
+    // its text instead. Keyed by everything the text depends on, so a
+    // changed start, end or offset always computes afresh.
+    struct RefreshMemo {
+        bool valid = false;
+        bool manual = false;
+        std::int64_t offset = 0;
+        char start_text[ID_TEXT_SIZE] = {};
+        char end_text[ID_TEXT_SIZE] = {};
+        char result[ID_TEXT_SIZE] = {};
+    } memo{};
 };
 
 struct IdSpec {
