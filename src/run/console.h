@@ -28,12 +28,6 @@ int format_text(char* buf, std::size_t size, const char* format, ...)
 int format_text_bounded(char* buf, std::size_t size, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
 
-// The direct reading that the two calls above use for formats of plain
-// characters, "%%" and the s, d, i, u conversions, on its own: the result of
-// vsnprintf, or -2 when the format needs vsnprintf itself (buf is then not
-// to be used). Exposed for tests, which hold it against vsnprintf.
-int format_text_plain(char* buf, std::size_t size, const char* format, ...);
-
 // Writes one piece of CSV text: to the console first when verbose, then to
 // the output stream. The text passes once more as a format with no values,
 // so every "%%" comes out as "%"; a lone "%" is written unchanged and nothing
