@@ -5,7 +5,9 @@
 
 #include "present/flaw_row.h"
 #include "present/number_format.h"
+#include "run/csv_row.h"
 #include "run/labels.h"
+#include "run/text_memo.h"
 
 namespace ugf {
 
@@ -141,12 +143,115 @@ void difference_text(char* out, std::size_t size, const DlSession& session,
     format_text(out, size, "%3d%%%%", static_cast<int>(percent));
 }
 
-// Writes the status columns, the measurement pairs and the line end.
-int finish_row(const char* row, const DlSession& session, const ReadingRecord& reading,
+// The status texts of the rows, keyed on every input of their format.
+TextMemo<11, ROW_BUFFER_SIZE, 64> corrosion_status_memo;
+TextMemo<7, ROW_BUFFER_SIZE, 64> precision_status_memo;
+
+// The texts of the two pieces of the pairs, keyed on every input of their
+// formats.
+TextMemo<6, PIECE_BUFFER_SIZE, 64> first_pair_memo;
+TextMemo<12, PIECE_BUFFER_SIZE, 256> second_pairs_memo;
+
+std::uint64_t key_word(std::uint32_t value) { return value; }
+
+// The first pair: the extra value and its type, or two empty cells.
+void format_first_pair(char* piece, std::size_t size, const DlSession& session,
+                       const ReadingRecord& reading) {
+    static constexpr std::array<const char*, 4> FIRST_TYPES = {"", "COATING", "OXIDE", "TEMP"};
+    const std::uint32_t first = first_kind(reading);
+    if (first == 0) {
+        format_text(piece, size, ",,");
+        return;
+    }
+    char value[NUMBER_TEXT_SIZE];
+    first_value_text(value, sizeof value, session, reading);
+    format_text(piece, size, ",%s,%s", value, FIRST_TYPES[first]);
+}
+
+// The second and third pairs: minimum and maximum, difference or span.
+void format_second_pairs(char* piece, std::size_t size, const DlSession& session,
+                         const ReadingRecord& reading, int velocity_flag) {
+    char value[NUMBER_TEXT_SIZE];
+    const std::uint32_t second = second_kind(reading);
+    const char* none = no_value_text(session);
+    const std::uint32_t mn = min_value(reading);
+    const std::uint32_t mx = max_value(reading);
+    if (second == 0 || velocity_flag == 1) {
+        format_text(piece, size, ",,,,");
+    } else if (second == 1) {
+        // Only the maximum says whether the pair holds values.
+        if (mx == 0) {
+            format_text(piece, size, ",%s,%s,%s,%s", none, "MIN", none, "MAX");
+        } else {
+            char max_text[NUMBER_TEXT_SIZE];
+            format_pair_length(value, sizeof value, session, reading, mn);
+            format_pair_length(max_text, sizeof max_text, session, reading, mx);
+            format_text(piece, size, ",%s,%s,%s,%s", value, "MIN", max_text, "MAX");
+        }
+    } else if (second == 2) {
+        difference_text(value, sizeof value, session, reading);
+        format_text(piece, size, ",%s,%s,,", value, "DIFF");
+    } else {
+        // The minimum's fields hold the span; a lost signal doesn't hide it.
+        if (mn == 0) {
+            format_text(piece, size, ",%s,%s,,", none, "MAX-MIN");
+        } else {
+            format_pair_length(value, sizeof value, session, reading, mn);
+            format_text(piece, size, ",%s,%s,,", value, "MAX-MIN");
+        }
+    }
+}
+
+// Adds the three pairs of a reading to its row, in two pieces.
+void add_measurement_pairs(CsvRow& row, const DlSession& session, const ReadingRecord& reading,
+                           int velocity_flag) {
+    const GaugeSetup& setup = reading_setup(session, reading);
+    const decltype(first_pair_memo)::Key first_key = {
+        key_word(first_kind(reading)), key_word(first_value(reading)), key_word(los(reading)),
+        key_word(units(reading)),      key_word(resolution(reading)),  key_word(meas_mode(setup))};
+    auto& first = first_pair_memo.slot(first_key);
+    if (!memo_holds(first, first_key)) {
+        char piece[PIECE_BUFFER_SIZE];
+        format_first_pair(piece, sizeof piece, session, reading);
+        memo_store(first, first_key, piece);
+    }
+    row.add(first.view());
+
+    // The difference alone looks at the thickness.
+    const std::uint32_t second = second_kind(reading);
+    const std::uint32_t thickness =
+        second == 2 ? static_cast<std::uint32_t>(thickness_length(reading)) : 0;
+    const decltype(second_pairs_memo)::Key second_key = {
+        key_word(second),
+        key_word(static_cast<std::uint32_t>(velocity_flag)),
+        key_word(static_cast<std::uint32_t>(session.gage_type)),
+        key_word(min_value(reading)),
+        key_word(max_value(reading)),
+        key_word(los(reading)),
+        key_word(units(reading)),
+        key_word(resolution(reading)),
+        key_word(thickness),
+        key_word(setup.diff_flags),
+        key_word(setup.diff_reference),
+        key_word(setup.meas_word)};
+    auto& rest = second_pairs_memo.slot(second_key);
+    if (!memo_holds(rest, second_key)) {
+        char piece[PIECE_BUFFER_SIZE];
+        format_second_pairs(piece, sizeof piece, session, reading, velocity_flag);
+        memo_store(rest, second_key, piece);
+    }
+    row.add(rest.view());
+}
+
+// Writes the status columns, the measurement pairs and the line end as one
+// row.
+int finish_row(std::string_view status, const DlSession& session, const ReadingRecord& reading,
                CsvSink& sink, int velocity_flag) {
-    if (csv_write(row, sink) == 0) return 0;
-    if (write_measurement_pairs(session, reading, sink, velocity_flag) == 0) return 0;
-    return csv_write("\n", sink);
+    CsvRow row(sink);
+    row.add(status);
+    add_measurement_pairs(row, session, reading, velocity_flag);
+    row.add("\n");
+    return row.finish();
 }
 
 }  // namespace
@@ -181,76 +286,60 @@ int write_columns_corrosion(const DlSession& session, const ReadingRecord& readi
                             int has_ascan, CsvSink& sink, int velocity_flag) {
     if (is_empty_slot(reading)) return csv_write(",,,,,,,,,,,,,,,,\n", sink);
     const GaugeSetup& setup = reading_setup(session, reading);
-    char gain[NUMBER_TEXT_SIZE];
-    format_gain_setting(gain, sizeof gain, setup.gain_mode, setup.gain_db);
-    const NoteLetters notes(note_mask(reading));
-    char row[ROW_BUFFER_SIZE];
-    format_text(row, sizeof row, ",%s,%s,%s,%s,%s,%s,%d,%s,%s,%s",
-                units_text(session, reading, velocity_flag), alarm_state_text(alarm_state(reading)),
-                diff_type_text(diff_type(setup)), gain, fast_mode_text(fast_mode(reading)),
-                notes.text.data(), static_cast<int>(setup_number(reading)),
-                echo_to_echo(reading) != 0 ? "E TO E" : "STD", on_off(bscan_mode(reading) != 0),
-                on_off(has_ascan == 1));
-    return finish_row(row, session, reading, sink, velocity_flag);
+    const char* unit = units_text(session, reading, velocity_flag);
+    const char* alarm = alarm_state_text(alarm_state(reading));
+    const char* diff = diff_type_text(diff_type(setup));
+    const char* fast = fast_mode_text(fast_mode(reading));
+    const char* meas = echo_to_echo(reading) != 0 ? "E TO E" : "STD";
+    const char* bscan = on_off(bscan_mode(reading) != 0);
+    const char* ascan = on_off(has_ascan == 1);
+    // The gain text follows from the gain mode and level, the note letters
+    // from the note mask.
+    const decltype(corrosion_status_memo)::Key key = {
+        memo_word(unit), memo_word(alarm), memo_word(diff), key_word(setup.gain_mode),
+        key_word(setup.gain_db), memo_word(fast), key_word(note_mask(reading)),
+        key_word(setup_number(reading)), memo_word(meas), memo_word(bscan), memo_word(ascan)};
+    auto& entry = corrosion_status_memo.slot(key);
+    if (!memo_holds(entry, key)) {
+        char gain[NUMBER_TEXT_SIZE];
+        format_gain_setting(gain, sizeof gain, setup.gain_mode, setup.gain_db);
+        const NoteLetters notes(note_mask(reading));
+        char row[ROW_BUFFER_SIZE];
+        format_text(row, sizeof row, ",%s,%s,%s,%s,%s,%s,%d,%s,%s,%s", unit, alarm, diff, gain,
+                    fast, notes.text.data(), static_cast<int>(setup_number(reading)), meas, bscan,
+                    ascan);
+        memo_store(entry, key, row);
+    }
+    return finish_row(entry.view(), session, reading, sink, velocity_flag);
 }
 
 int write_columns_precision(const DlSession& session, const ReadingRecord& reading,
                             int has_ascan, CsvSink& sink, int velocity_flag) {
     if (is_empty_slot(reading)) return csv_write(",,,,,,,,,,,,,\n", sink);
-    const NoteLetters notes(note_mask(reading));
-    char row[ROW_BUFFER_SIZE];
-    format_text(row, sizeof row, ",%s,%s,%s,%s,%d,%s,%s",
-                units_text(session, reading, velocity_flag), alarm_state_text(alarm_state(reading)),
-                fast_mode_text(fast_mode(reading)), notes.text.data(),
-                static_cast<int>(setup_number(reading)), on_off(bscan_mode(reading) != 0),
-                on_off(has_ascan == 1));
-    return finish_row(row, session, reading, sink, velocity_flag);
+    const char* unit = units_text(session, reading, velocity_flag);
+    const char* alarm = alarm_state_text(alarm_state(reading));
+    const char* fast = fast_mode_text(fast_mode(reading));
+    const char* bscan = on_off(bscan_mode(reading) != 0);
+    const char* ascan = on_off(has_ascan == 1);
+    const decltype(precision_status_memo)::Key key = {
+        memo_word(unit), memo_word(alarm), memo_word(fast), key_word(note_mask(reading)),
+        key_word(setup_number(reading)), memo_word(bscan), memo_word(ascan)};
+    auto& entry = precision_status_memo.slot(key);
+    if (!memo_holds(entry, key)) {
+        const NoteLetters notes(note_mask(reading));
+        char row[ROW_BUFFER_SIZE];
+        format_text(row, sizeof row, ",%s,%s,%s,%s,%d,%s,%s", unit, alarm, fast, notes.text.data(),
+                    static_cast<int>(setup_number(reading)), bscan, ascan);
+        memo_store(entry, key, row);
+    }
+    return finish_row(entry.view(), session, reading, sink, velocity_flag);
 }
 
 int write_measurement_pairs(const DlSession& session, const ReadingRecord& reading,
                             CsvSink& sink, int velocity_flag) {
-    static constexpr std::array<const char*, 4> FIRST_TYPES = {"", "COATING", "OXIDE", "TEMP"};
-    char piece[PIECE_BUFFER_SIZE];
-    char value[NUMBER_TEXT_SIZE];
-
-    const std::uint32_t first = first_kind(reading);
-    if (first == 0) {
-        format_text(piece, sizeof piece, ",,");
-    } else {
-        first_value_text(value, sizeof value, session, reading);
-        format_text(piece, sizeof piece, ",%s,%s", value, FIRST_TYPES[first]);
-    }
-    if (csv_write(piece, sink) == 0) return 0;
-
-    const std::uint32_t second = second_kind(reading);
-    const char* none = no_value_text(session);
-    const std::uint32_t mn = min_value(reading);
-    const std::uint32_t mx = max_value(reading);
-    if (second == 0 || velocity_flag == 1) {
-        format_text(piece, sizeof piece, ",,,,");
-    } else if (second == 1) {
-        // Only the maximum says whether the pair holds values.
-        if (mx == 0) {
-            format_text(piece, sizeof piece, ",%s,%s,%s,%s", none, "MIN", none, "MAX");
-        } else {
-            char max_text[NUMBER_TEXT_SIZE];
-            format_pair_length(value, sizeof value, session, reading, mn);
-            format_pair_length(max_text, sizeof max_text, session, reading, mx);
-            format_text(piece, sizeof piece, ",%s,%s,%s,%s", value, "MIN", max_text, "MAX");
-        }
-    } else if (second == 2) {
-        difference_text(value, sizeof value, session, reading);
-        format_text(piece, sizeof piece, ",%s,%s,,", value, "DIFF");
-    } else {
-        // The minimum's fields hold the span; a lost signal doesn't hide it.
-        if (mn == 0) {
-            format_text(piece, sizeof piece, ",%s,%s,,", none, "MAX-MIN");
-        } else {
-            format_pair_length(value, sizeof value, session, reading, mn);
-            format_text(piece, sizeof piece, ",%s,%s,,", value, "MAX-MIN");
-        }
-    }
-    return csv_write(piece, sink);
+    CsvRow row(sink);
+    add_measurement_pairs(row, session, reading, velocity_flag);
+    return row.finish();
 }
 
 }  // namespace ugf
