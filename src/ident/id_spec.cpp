@@ -150,6 +150,33 @@ void id_spec_init_manual(IdSpec& spec, const std::int64_t size[4], const std::in
 
 namespace {
 
+// The template of a dimension's offsets: the counted part of end less start
+// without its leading zero characters, but with one of them kept in front as
+// a spare position (an all-zero difference leaves one zero character).
+// nullptr when the texts don't subtract. Remembered with the texts.
+const char* offset_template(IdDimension& dim) {
+    IdDimension::SpanMemo& span = dim.span;
+    if (span.valid && std::memcmp(span.start_text, dim.start_text, ID_TEXT_SIZE) == 0 &&
+        std::memcmp(span.end_text, dim.end_text, ID_TEXT_SIZE) == 0) {
+        return span.subtracts ? span.offset_template : nullptr;
+    }
+    std::int64_t difference = 0;
+    span.subtracts = id_text_subtract(dim.end_text, dim.start_text, &difference) != 0;
+    if (span.subtracts) {
+        const char* result = id_result_text();
+        const char* tail = std::strrchr(result, '-');
+        tail = tail != nullptr ? tail + 1 : result;
+        const char* templ = tail;
+        while (*templ == 'A' || *templ == '0') ++templ;
+        if (templ != tail) --templ;
+        copy_text(span.offset_template, templ);
+    }
+    std::memcpy(span.start_text, dim.start_text, ID_TEXT_SIZE);
+    std::memcpy(span.end_text, dim.end_text, ID_TEXT_SIZE);
+    span.valid = true;
+    return span.subtracts ? span.offset_template : nullptr;
+}
+
 // The work of id_dimension_refresh for a dimension in use. Returns 0 when the
 // start and end texts don't subtract: current_text is then left as it was, so
 // that outcome depends on more than the inputs and is never remembered.
@@ -158,18 +185,8 @@ int compute_dimension_text(IdDimension& dim, std::int32_t file_type, std::int64_
         format_text(dim.current_text, ID_TEXT_SIZE, "%lld", static_cast<long long>(offset));
         return 1;
     }
-    std::int64_t difference = 0;
-    if (id_text_subtract(dim.end_text, dim.start_text, &difference) == 0) return 0;
-
-    // The template: the counted part of the difference without its leading
-    // zero characters, but with one of them kept in front as a spare
-    // position (an all-zero difference leaves one zero character).
-    const char* result = id_result_text();
-    const char* tail = std::strrchr(result, '-');
-    tail = tail != nullptr ? tail + 1 : result;
-    const char* templ = tail;
-    while (*templ == 'A' || *templ == '0') ++templ;
-    if (templ != tail) --templ;
+    const char* templ = offset_template(dim);
+    if (templ == nullptr) return 0;
     std::size_t width = std::strlen(templ);
 
     char offset_text[ID_TEXT_SIZE] = {};

@@ -30,6 +30,17 @@ struct IdDimension {
         char end_text[ID_TEXT_SIZE] = {};
         char result[ID_TEXT_SIZE] = {};
     } memo{};
+    // The template of the dimension's offsets, which only the start and end
+    // texts decide (their difference), with the texts it came from. Every
+    // point of a walk needs it, and the subtraction behind it is the same
+    // each time.
+    struct SpanMemo {
+        bool valid = false;
+        bool subtracts = false;  // false: end less start has no value
+        char start_text[ID_TEXT_SIZE] = {};
+        char end_text[ID_TEXT_SIZE] = {};
+        char offset_template[ID_TEXT_SIZE] = {};
+    } span{};
 };
 
 struct IdSpec {
