@@ -1,5 +1,6 @@
 #include "ident/id_spec.h"
 
+#include <array>
 #include <cstring>
 
 #include "run/console.h"
@@ -212,6 +213,40 @@ int compute_dimension_text(IdDimension& dim, std::int32_t file_type, std::int64_
 
 }  // namespace
 
+namespace {
+
+// Dimension texts worked out before, keyed on everything a text depends on:
+// the manual flag, the start and end texts and the offset. A walk comes back
+// to the same offsets of its fastest dimension row after row; a table with
+// room for a few thousand of them lets it copy the texts instead of working
+// them out again. Direct-mapped: a new text replaces the slot's old one.
+struct RecentText {
+    bool valid = false;
+    bool manual = false;
+    std::int64_t offset = 0;
+    char start_text[ID_TEXT_SIZE] = {};
+    char end_text[ID_TEXT_SIZE] = {};
+    char result[ID_TEXT_SIZE] = {};
+};
+
+constexpr std::size_t RECENT_TEXT_SLOTS = 4096;
+std::array<RecentText, RECENT_TEXT_SLOTS> recent_texts{};
+
+RecentText& recent_slot(const IdDimension& dim, std::int64_t offset) {
+    std::uint64_t start_head = 0;
+    std::uint64_t end_head = 0;
+    std::memcpy(&start_head, dim.start_text, sizeof start_head);
+    std::memcpy(&end_head, dim.end_text, sizeof end_head);
+    std::uint64_t h = static_cast<std::uint64_t>(offset) * 0x9E3779B97F4A7C15ull;
+    h ^= (start_head * 0xBF58476D1CE4E5B9ull) ^ (end_head * 0x94D049BB133111EBull);
+    h ^= h >> 29;
+    return recent_texts[static_cast<std::size_t>(h) & (RECENT_TEXT_SLOTS - 1)];
+}
+
+bool same_texts(const char* a, const char* b) { return std::memcmp(a, b, ID_TEXT_SIZE) == 0; }
+
+}  // namespace
+
 void id_dimension_refresh(IdDimension& dim, std::int32_t file_type, std::int64_t offset) {
     if (dim.step == 0) {
         dim.current_text[0] = '\0';
@@ -220,13 +255,25 @@ void id_dimension_refresh(IdDimension& dim, std::int32_t file_type, std::int64_t
     IdDimension::RefreshMemo& memo = dim.memo;
     const bool manual = is_manual(file_type);
     if (memo.valid && memo.manual == manual && memo.offset == offset &&
-        std::memcmp(memo.start_text, dim.start_text, ID_TEXT_SIZE) == 0 &&
-        std::memcmp(memo.end_text, dim.end_text, ID_TEXT_SIZE) == 0) {
+        same_texts(memo.start_text, dim.start_text) && same_texts(memo.end_text, dim.end_text)) {
         std::memcpy(dim.current_text, memo.result, ID_TEXT_SIZE);
         return;
     }
-    memo.valid = compute_dimension_text(dim, file_type, offset) == 1;
-    if (!memo.valid) return;
+    RecentText& recent = recent_slot(dim, offset);
+    if (recent.valid && recent.manual == manual && recent.offset == offset &&
+        same_texts(recent.start_text, dim.start_text) && same_texts(recent.end_text, dim.end_text)) {
+        std::memcpy(dim.current_text, recent.result, ID_TEXT_SIZE);
+    } else {
+        memo.valid = compute_dimension_text(dim, file_type, offset) == 1;
+        if (!memo.valid) return;
+        recent.valid = true;
+        recent.manual = manual;
+        recent.offset = offset;
+        std::memcpy(recent.start_text, dim.start_text, ID_TEXT_SIZE);
+        std::memcpy(recent.end_text, dim.end_text, ID_TEXT_SIZE);
+        std::memcpy(recent.result, dim.current_text, ID_TEXT_SIZE);
+    }
+    memo.valid = true;
     memo.manual = manual;
     memo.offset = offset;
     std::memcpy(memo.start_text, dim.start_text, ID_TEXT_SIZE);
