@@ -144,15 +144,32 @@ void difference_text(char* out, std::size_t size, const DlSession& session,
 }
 
 // The status texts of the rows, keyed on every input of their format.
-TextMemo<11, ROW_BUFFER_SIZE, 64> corrosion_status_memo;
-TextMemo<7, ROW_BUFFER_SIZE, 64> precision_status_memo;
+TextMemo<2, ROW_BUFFER_SIZE, 64> corrosion_status_memo;
+TextMemo<1, ROW_BUFFER_SIZE, 64> precision_status_memo;
 
 // The texts of the two pieces of the pairs, keyed on every input of their
 // formats.
-TextMemo<6, PIECE_BUFFER_SIZE, 64> first_pair_memo;
-TextMemo<12, PIECE_BUFFER_SIZE, 256> second_pairs_memo;
+TextMemo<1, PIECE_BUFFER_SIZE, 64> first_pair_memo;
+TextMemo<3, PIECE_BUFFER_SIZE, 256> second_pairs_memo;
 
-std::uint64_t key_word(std::uint32_t value) { return value; }
+// Places a code of `bits` bits at bit `at` of a key word.
+std::uint64_t key_bits(std::uint32_t code, int at) { return static_cast<std::uint64_t>(code) << at; }
+std::uint32_t flag(bool on) { return on ? 1u : 0u; }
+
+// What the status texts of a reading depend on, the gain and the setup's
+// own texts aside: the inputs of the UNITS text (velocity reading, units,
+// precision gauge in mode 5), the alarm, fast mode, echo-to-echo, B-scan and
+// A-scan codes, the setup number and the note mask.
+std::uint64_t status_key(const DlSession& session, const ReadingRecord& reading, int has_ascan,
+                         int velocity_flag) {
+    const bool cp = session.gage_type == GAGE_PRECISION &&
+                    meas_mode(reading_setup(session, reading)) == MEAS_MODE_CP;
+    return key_bits(flag(velocity_flag == 1), 0) | key_bits(units(reading), 1) |
+           key_bits(flag(cp), 3) | key_bits(alarm_state(reading), 4) |
+           key_bits(fast_mode(reading), 7) | key_bits(flag(echo_to_echo(reading) != 0), 9) |
+           key_bits(flag(bscan_mode(reading) != 0), 10) | key_bits(flag(has_ascan == 1), 11) |
+           key_bits(setup_number(reading), 12) | key_bits(note_mask(reading), 17);
+}
 
 // The first pair: the extra value and its type, or two empty cells.
 void format_first_pair(char* piece, std::size_t size, const DlSession& session,
@@ -207,8 +224,9 @@ void add_measurement_pairs(CsvRow& row, const DlSession& session, const ReadingR
                            int velocity_flag) {
     const GaugeSetup& setup = reading_setup(session, reading);
     const decltype(first_pair_memo)::Key first_key = {
-        key_word(first_kind(reading)), key_word(first_value(reading)), key_word(los(reading)),
-        key_word(units(reading)),      key_word(resolution(reading)),  key_word(meas_mode(setup))};
+        key_bits(first_kind(reading), 0) | key_bits(los(reading), 2) | key_bits(units(reading), 3) |
+        key_bits(resolution(reading), 5) | key_bits(meas_mode(setup), 8) |
+        key_bits(first_value(reading), 12)};
     auto& first = first_pair_memo.slot(first_key);
     if (!memo_holds(first, first_key)) {
         char piece[PIECE_BUFFER_SIZE];
@@ -222,18 +240,12 @@ void add_measurement_pairs(CsvRow& row, const DlSession& session, const ReadingR
     const std::uint32_t thickness =
         second == 2 ? static_cast<std::uint32_t>(thickness_length(reading)) : 0;
     const decltype(second_pairs_memo)::Key second_key = {
-        key_word(second),
-        key_word(static_cast<std::uint32_t>(velocity_flag)),
-        key_word(static_cast<std::uint32_t>(session.gage_type)),
-        key_word(min_value(reading)),
-        key_word(max_value(reading)),
-        key_word(los(reading)),
-        key_word(units(reading)),
-        key_word(resolution(reading)),
-        key_word(thickness),
-        key_word(setup.diff_flags),
-        key_word(setup.diff_reference),
-        key_word(setup.meas_word)};
+        key_bits(second, 0) | key_bits(flag(velocity_flag == 1), 2) | key_bits(los(reading), 3) |
+            key_bits(units(reading), 4) | key_bits(resolution(reading), 6) |
+            key_bits(flag(session.gage_type == GAGE_PRECISION), 8) |
+            key_bits(setup.meas_word, 16) | key_bits(setup.diff_flags, 32),
+        key_bits(min_value(reading), 0) | key_bits(max_value(reading), 20),
+        key_bits(thickness, 0) | key_bits(setup.diff_reference, 32)};
     auto& rest = second_pairs_memo.slot(second_key);
     if (!memo_holds(rest, second_key)) {
         char piece[PIECE_BUFFER_SIZE];
@@ -286,21 +298,21 @@ int write_columns_corrosion(const DlSession& session, const ReadingRecord& readi
                             int has_ascan, CsvSink& sink, int velocity_flag) {
     if (is_empty_slot(reading)) return csv_write(",,,,,,,,,,,,,,,,\n", sink);
     const GaugeSetup& setup = reading_setup(session, reading);
-    const char* unit = units_text(session, reading, velocity_flag);
-    const char* alarm = alarm_state_text(alarm_state(reading));
-    const char* diff = diff_type_text(diff_type(setup));
-    const char* fast = fast_mode_text(fast_mode(reading));
-    const char* meas = echo_to_echo(reading) != 0 ? "E TO E" : "STD";
-    const char* bscan = on_off(bscan_mode(reading) != 0);
-    const char* ascan = on_off(has_ascan == 1);
-    // The gain text follows from the gain mode and level, the note letters
-    // from the note mask.
+    // The texts of the columns follow from the codes in the key: the gain
+    // text from the gain mode and level, the note letters from the mask.
     const decltype(corrosion_status_memo)::Key key = {
-        memo_word(unit), memo_word(alarm), memo_word(diff), key_word(setup.gain_mode),
-        key_word(setup.gain_db), memo_word(fast), key_word(note_mask(reading)),
-        key_word(setup_number(reading)), memo_word(meas), memo_word(bscan), memo_word(ascan)};
+        status_key(session, reading, has_ascan, velocity_flag) |
+            key_bits(diff_type(setup), 33),
+        key_bits(setup.gain_mode, 0) | key_bits(setup.gain_db, 16)};
     auto& entry = corrosion_status_memo.slot(key);
     if (!memo_holds(entry, key)) {
+        const char* unit = units_text(session, reading, velocity_flag);
+        const char* alarm = alarm_state_text(alarm_state(reading));
+        const char* diff = diff_type_text(diff_type(setup));
+        const char* fast = fast_mode_text(fast_mode(reading));
+        const char* meas = echo_to_echo(reading) != 0 ? "E TO E" : "STD";
+        const char* bscan = on_off(bscan_mode(reading) != 0);
+        const char* ascan = on_off(has_ascan == 1);
         char gain[NUMBER_TEXT_SIZE];
         format_gain_setting(gain, sizeof gain, setup.gain_mode, setup.gain_db);
         const NoteLetters notes(note_mask(reading));
@@ -316,16 +328,15 @@ int write_columns_corrosion(const DlSession& session, const ReadingRecord& readi
 int write_columns_precision(const DlSession& session, const ReadingRecord& reading,
                             int has_ascan, CsvSink& sink, int velocity_flag) {
     if (is_empty_slot(reading)) return csv_write(",,,,,,,,,,,,,\n", sink);
-    const char* unit = units_text(session, reading, velocity_flag);
-    const char* alarm = alarm_state_text(alarm_state(reading));
-    const char* fast = fast_mode_text(fast_mode(reading));
-    const char* bscan = on_off(bscan_mode(reading) != 0);
-    const char* ascan = on_off(has_ascan == 1);
     const decltype(precision_status_memo)::Key key = {
-        memo_word(unit), memo_word(alarm), memo_word(fast), key_word(note_mask(reading)),
-        key_word(setup_number(reading)), memo_word(bscan), memo_word(ascan)};
+        status_key(session, reading, has_ascan, velocity_flag)};
     auto& entry = precision_status_memo.slot(key);
     if (!memo_holds(entry, key)) {
+        const char* unit = units_text(session, reading, velocity_flag);
+        const char* alarm = alarm_state_text(alarm_state(reading));
+        const char* fast = fast_mode_text(fast_mode(reading));
+        const char* bscan = on_off(bscan_mode(reading) != 0);
+        const char* ascan = on_off(has_ascan == 1);
         const NoteLetters notes(note_mask(reading));
         char row[ROW_BUFFER_SIZE];
         format_text(row, sizeof row, ",%s,%s,%s,%s,%d,%s,%s", unit, alarm, fast, notes.text.data(),

@@ -63,10 +63,4 @@ void memo_store(Entry& entry, const Key& key, const char* text) {
     entry.filled = true;
 }
 
-// A pointer as a key word. Texts named by pointer are static constants, so
-// the same pointer always stands for the same text.
-inline std::uint64_t memo_word(const char* text) {
-    return static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(text));
-}
-
 }  // namespace ugf
