@@ -20,7 +20,7 @@ struct CsvRow {
     static constexpr std::size_t CAPACITY = 512;
 
     CsvSink& sink;
-    std::array<char, CAPACITY> text{};
+    std::array<char, CAPACITY> text;  // only the first `used` characters are read
     std::size_t used = 0;
     int written = 1;  // 0 once a write gave 0
 
