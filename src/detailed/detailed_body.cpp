@@ -84,6 +84,9 @@ void merge_flaw_head(const DlSession& session, ReadingRecord& reading, const Sca
     }
 }
 
+int write_dumps(DlSession& session, const ReadingRecord& reading, const ReadingScan& scan,
+                int more, CsvSink& sink);
+
 // What follows the value in a detailed row: the remaining columns of a
 // thickness gauge (the flaw detector's value was the whole row), then the
 // dump of the reading's scan, with fresh titles behind it when `more`
@@ -100,7 +103,15 @@ int write_columns_and_dumps(DlSession& session, const ReadingRecord& reading,
         written = 0;  // no row of its own for an unknown instrument
     }
     if (written == 0) return 0;
+    return write_dumps(session, reading, scan, more, sink);
+}
 
+// The dumps of a reading's scans, with fresh titles behind them when `more`
+// readings follow.
+int write_dumps(DlSession& session, const ReadingRecord& reading, const ReadingScan& scan,
+                int more, CsvSink& sink) {
+    const std::int32_t gage_type = session.gage_type;
+    int written = 1;
     if (scan.has_ascan != 0) {
         if (gage_type == GAGE_FLAW_DETECTOR) {
             // The dump gets its own copy of the setup that the merged reading names.
@@ -113,6 +124,20 @@ int write_columns_and_dumps(DlSession& session, const ReadingRecord& reading,
     }
     if (scan.has_bscan != 0) return write_bscan_dump(session, reading, scan_store, sink, more);
     return 1;
+}
+
+// The storage index of the next point of the walk.
+void advance_walk(DlSession& session, bool stored_ids, std::uint32_t& storage_index) {
+    if (stored_ids) {
+        ++storage_index;
+    } else {
+        // The walk steps from the point whose identifier was just composed.
+        const std::int64_t next =
+            id_spec_advance(session.id_spec, session.first_inc, session.second_inc,
+                            session.third_inc, session.walk_pattern, session.file_type,
+                            session.fourth_inc);
+        storage_index = static_cast<std::uint32_t>(static_cast<std::uint64_t>(next));
+    }
 }
 
 // One walk over the readings. `output_form` 0 writes the plain grid rows of
@@ -152,6 +177,28 @@ int walk_readings(DlSession& session, int output_form, CsvSink& sink) {
         while (length < ID_TEXT_MAX && id_text[length] != '\0') ++length;
         id_text[length] = ',';
         id_text[length + 1] = '\0';
+        if (output_form == OUTPUT_DETAILED &&
+            (gage_type == GAGE_CORROSION || gage_type == GAGE_PRECISION)) {
+            // The identifier, the thickness and the columns behind them reach
+            // csv_write as one row; the dumps follow it.
+            CsvRow row(sink);
+            row.add(std::string_view(id_text, length + 1));
+            ThicknessCell cell{};
+            thickness_cell_text(cell, reading, 0, layout,
+                                meas_mode(session.setups[setup_number(reading)].gauge),
+                                scan.velocity_flag);
+            row.add(cell.data());
+            if (gage_type == GAGE_CORROSION) {
+                add_columns_corrosion(row, session, reading, scan.has_ascan, scan.velocity_flag);
+            } else {
+                add_columns_precision(row, session, reading, scan.has_ascan, scan.velocity_flag);
+            }
+            if (row.finish() == 0) return 0;
+            const int more = visit != point_total - 1 ? 1 : 0;
+            if (write_dumps(session, reading, scan, more, sink) == 0) return 0;
+            advance_walk(session, stored_ids, storage_index);
+            continue;
+        }
         if (csv_write(id_text, sink) == 0) return 0;
 
         const ScanStore* dac_store = scan.ascan_ref != nullptr ? &scan_store : nullptr;
@@ -167,16 +214,7 @@ int walk_readings(DlSession& session, int output_form, CsvSink& sink) {
             if (write_columns_and_dumps(session, reading, scan, more, sink) == 0) return 0;
         }
 
-        if (stored_ids) {
-            ++storage_index;
-        } else {
-            // The walk steps from the point whose identifier was just composed.
-            const std::int64_t next =
-                id_spec_advance(session.id_spec, session.first_inc, session.second_inc,
-                                session.third_inc, session.walk_pattern, session.file_type,
-                                session.fourth_inc);
-            storage_index = static_cast<std::uint32_t>(static_cast<std::uint64_t>(next));
-        }
+        advance_walk(session, stored_ids, storage_index);
     }
     return 1;
 }

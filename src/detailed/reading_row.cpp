@@ -255,15 +255,12 @@ void add_measurement_pairs(CsvRow& row, const DlSession& session, const ReadingR
     row.add(rest.view());
 }
 
-// Writes the status columns, the measurement pairs and the line end as one
-// row.
-int finish_row(std::string_view status, const DlSession& session, const ReadingRecord& reading,
-               CsvSink& sink, int velocity_flag) {
-    CsvRow row(sink);
+// Adds the status columns, the measurement pairs and the line end.
+void add_row_rest(CsvRow& row, std::string_view status, const DlSession& session,
+                  const ReadingRecord& reading, int velocity_flag) {
     row.add(status);
     add_measurement_pairs(row, session, reading, velocity_flag);
     row.add("\n");
-    return row.finish();
 }
 
 }  // namespace
@@ -296,7 +293,24 @@ int write_column_titles(std::int32_t gage_type, CsvSink& sink) {
 
 int write_columns_corrosion(const DlSession& session, const ReadingRecord& reading,
                             int has_ascan, CsvSink& sink, int velocity_flag) {
-    if (is_empty_slot(reading)) return csv_write(",,,,,,,,,,,,,,,,\n", sink);
+    CsvRow row(sink);
+    add_columns_corrosion(row, session, reading, has_ascan, velocity_flag);
+    return row.finish();
+}
+
+int write_columns_precision(const DlSession& session, const ReadingRecord& reading,
+                            int has_ascan, CsvSink& sink, int velocity_flag) {
+    CsvRow row(sink);
+    add_columns_precision(row, session, reading, has_ascan, velocity_flag);
+    return row.finish();
+}
+
+void add_columns_corrosion(CsvRow& row, const DlSession& session, const ReadingRecord& reading,
+                           int has_ascan, int velocity_flag) {
+    if (is_empty_slot(reading)) {
+        row.add(",,,,,,,,,,,,,,,,\n");
+        return;
+    }
     const GaugeSetup& setup = reading_setup(session, reading);
     // The texts of the columns follow from the codes in the key: the gain
     // text from the gain mode and level, the note letters from the mask.
@@ -322,12 +336,15 @@ int write_columns_corrosion(const DlSession& session, const ReadingRecord& readi
                     ascan);
         memo_store(entry, key, row);
     }
-    return finish_row(entry.view(), session, reading, sink, velocity_flag);
+    add_row_rest(row, entry.view(), session, reading, velocity_flag);
 }
 
-int write_columns_precision(const DlSession& session, const ReadingRecord& reading,
-                            int has_ascan, CsvSink& sink, int velocity_flag) {
-    if (is_empty_slot(reading)) return csv_write(",,,,,,,,,,,,,\n", sink);
+void add_columns_precision(CsvRow& row, const DlSession& session, const ReadingRecord& reading,
+                           int has_ascan, int velocity_flag) {
+    if (is_empty_slot(reading)) {
+        row.add(",,,,,,,,,,,,,\n");
+        return;
+    }
     const decltype(precision_status_memo)::Key key = {
         status_key(session, reading, has_ascan, velocity_flag)};
     auto& entry = precision_status_memo.slot(key);
@@ -343,7 +360,7 @@ int write_columns_precision(const DlSession& session, const ReadingRecord& readi
                     static_cast<int>(setup_number(reading)), bscan, ascan);
         memo_store(entry, key, row);
     }
-    return finish_row(entry.view(), session, reading, sink, velocity_flag);
+    add_row_rest(row, entry.view(), session, reading, velocity_flag);
 }
 
 int write_measurement_pairs(const DlSession& session, const ReadingRecord& reading,
