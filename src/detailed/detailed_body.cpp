@@ -84,26 +84,23 @@ void merge_flaw_head(const DlSession& session, ReadingRecord& reading, const Sca
     }
 }
 
-int write_dumps(DlSession& session, const ReadingRecord& reading, const ReadingScan& scan,
-                int more, CsvSink& sink);
-
-// What follows the value in a detailed row: the remaining columns of a
-// thickness gauge (the flaw detector's value was the whole row), then the
-// dump of the reading's scan, with fresh titles behind it when `more`
-// readings follow.
-int write_columns_and_dumps(DlSession& session, const ReadingRecord& reading,
-                            const ReadingScan& scan, int more, CsvSink& sink) {
-    const std::int32_t gage_type = session.gage_type;
-    int written = 1;
-    if (gage_type == GAGE_CORROSION) {
-        written = write_columns_corrosion(session, reading, scan.has_ascan, sink, scan.velocity_flag);
-    } else if (gage_type == GAGE_PRECISION) {
-        written = write_columns_precision(session, reading, scan.has_ascan, sink, scan.velocity_flag);
-    } else if (gage_type != GAGE_FLAW_DETECTOR) {
-        written = 0;  // no row of its own for an unknown instrument
+// The detailed row of a thickness gauge reading: the identifier cell, the
+// thickness and the columns behind them reach csv_write as one row.
+int write_thickness_row(const DlSession& session, const ReadingRecord& reading,
+                        const ReadingScan& scan, std::string_view id_cell, DigitLayout layout,
+                        CsvSink& sink) {
+    CsvRow row(sink);
+    row.add(id_cell);
+    ThicknessCell cell{};
+    thickness_cell_text(cell, reading, 0, layout,
+                        meas_mode(session.setups[setup_number(reading)].gauge), scan.velocity_flag);
+    row.add(cell.data());
+    if (session.gage_type == GAGE_CORROSION) {
+        add_columns_corrosion(row, session, reading, scan.has_ascan, scan.velocity_flag);
+    } else {
+        add_columns_precision(row, session, reading, scan.has_ascan, scan.velocity_flag);
     }
-    if (written == 0) return 0;
-    return write_dumps(session, reading, scan, more, sink);
+    return row.finish();
 }
 
 // The dumps of a reading's scans, with fresh titles behind them when `more`
@@ -177,24 +174,13 @@ int walk_readings(DlSession& session, int output_form, CsvSink& sink) {
         while (length < ID_TEXT_MAX && id_text[length] != '\0') ++length;
         id_text[length] = ',';
         id_text[length + 1] = '\0';
+        const int more = visit != point_total - 1 ? 1 : 0;
         if (output_form == OUTPUT_DETAILED &&
             (gage_type == GAGE_CORROSION || gage_type == GAGE_PRECISION)) {
-            // The identifier, the thickness and the columns behind them reach
-            // csv_write as one row; the dumps follow it.
-            CsvRow row(sink);
-            row.add(std::string_view(id_text, length + 1));
-            ThicknessCell cell{};
-            thickness_cell_text(cell, reading, 0, layout,
-                                meas_mode(session.setups[setup_number(reading)].gauge),
-                                scan.velocity_flag);
-            row.add(cell.data());
-            if (gage_type == GAGE_CORROSION) {
-                add_columns_corrosion(row, session, reading, scan.has_ascan, scan.velocity_flag);
-            } else {
-                add_columns_precision(row, session, reading, scan.has_ascan, scan.velocity_flag);
+            if (write_thickness_row(session, reading, scan, std::string_view(id_text, length + 1),
+                                    layout, sink) == 0) {
+                return 0;
             }
-            if (row.finish() == 0) return 0;
-            const int more = visit != point_total - 1 ? 1 : 0;
             if (write_dumps(session, reading, scan, more, sink) == 0) return 0;
             advance_walk(session, stored_ids, storage_index);
             continue;
@@ -210,8 +196,10 @@ int walk_readings(DlSession& session, int output_form, CsvSink& sink) {
         if (output_form != OUTPUT_DETAILED) {
             if (csv_write("\n", sink) == 0) return 0;
         } else {
-            const int more = visit != point_total - 1 ? 1 : 0;
-            if (write_columns_and_dumps(session, reading, scan, more, sink) == 0) return 0;
+            // The flaw detector's value was the whole row; an unknown
+            // instrument has no row of its own.
+            if (gage_type != GAGE_FLAW_DETECTOR) return 0;
+            if (write_dumps(session, reading, scan, more, sink) == 0) return 0;
         }
 
         advance_walk(session, stored_ids, storage_index);
