@@ -129,10 +129,12 @@ void advance_walk(DlSession& session, bool stored_ids, std::uint32_t& storage_in
         ++storage_index;
     } else {
         // The walk steps from the point whose identifier was just composed.
+        // The texts of the next point are worked out when its identifier is
+        // composed, from its storage index.
         const std::int64_t next =
-            id_spec_advance(session.id_spec, session.first_inc, session.second_inc,
-                            session.third_inc, session.walk_pattern, session.file_type,
-                            session.fourth_inc);
+            id_spec_step(session.id_spec, session.first_inc, session.second_inc,
+                         session.third_inc, session.walk_pattern, session.file_type,
+                         session.fourth_inc);
         storage_index = static_cast<std::uint32_t>(static_cast<std::uint64_t>(next));
     }
 }

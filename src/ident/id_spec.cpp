@@ -340,6 +340,13 @@ const char* elevation_unit_text(std::int64_t elevation_unit) {
     }
 }
 
+std::int64_t id_spec_step(IdSpec& spec, std::uint8_t first_inc, std::uint8_t second_inc,
+                          std::uint8_t third_inc, std::int32_t walk_pattern,
+                          std::int32_t file_type, std::uint8_t fourth_inc) {
+    cursor_walk(spec.cursor, first_inc, second_inc, third_inc, walk_pattern, file_type, fourth_inc);
+    return cursor_flat_index(spec.cursor);
+}
+
 std::int64_t id_spec_advance(IdSpec& spec, std::uint8_t first_inc, std::uint8_t second_inc,
                              std::uint8_t third_inc, std::int32_t walk_pattern,
                              std::int32_t file_type, std::uint8_t fourth_inc) {
