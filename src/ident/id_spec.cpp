@@ -28,15 +28,14 @@ void copy_text(char* dst, const char* src) {
     dst[n] = '\0';
 }
 
-// Appends src to the terminated text in dst (ID_TEXT_SIZE bytes), cutting the
-// whole at ID_TEXT_MAX characters.
-void append_text(char* dst, const char* src) {
-    std::size_t n = 0;
-    while (n < ID_TEXT_MAX && dst[n] != '\0') ++n;
+// Appends src behind the first n characters of dst (ID_TEXT_SIZE bytes),
+// cutting the whole at ID_TEXT_MAX characters; returns the new length.
+std::size_t append_at(char* dst, std::size_t n, const char* src) {
     if (src != nullptr) {
         for (std::size_t i = 0; n < ID_TEXT_MAX && src[i] != '\0'; ++i) dst[n++] = src[i];
     }
     dst[n] = '\0';
+    return n;
 }
 
 void clear_dimension(IdDimension& dim) {
@@ -297,11 +296,12 @@ void id_spec_compose(const IdSpec& spec, char* out, int with_prefix, const Label
     bool manual = is_manual(file_type);
     bool has_label = label != nullptr && label->label != nullptr;
     if (file_type == FILE_TYPE_4D_MANUAL) suffix = nullptr;
+    std::size_t n = 0;  // the length of out
     int highest = 2;
     if (file_type == FILE_TYPE_4D_MANUAL) {
         highest = 3;
     } else if (with_prefix == 1 && spec.prefix[0] != '\0') {
-        append_text(out, spec.prefix);
+        n = append_at(out, n, spec.prefix);
     }
     for (int d = highest; d >= 0; --d) {
         const IdDimension& dim = spec.dims[d];
@@ -315,8 +315,8 @@ void id_spec_compose(const IdSpec& spec, char* out, int with_prefix, const Label
         } else if (d == 0 && has_label) {
             text = label->label(label->context, position, 0);
         }
-        append_text(out, text);
-        if (suffix != nullptr && d == suffix_dimension) append_text(out, suffix);
+        n = append_at(out, n, text);
+        if (suffix != nullptr && d == suffix_dimension) n = append_at(out, n, suffix);
     }
 }
 
