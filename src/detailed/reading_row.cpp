@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cstddef>
+#include <cstring>
+#include <string_view>
 
 #include "present/flaw_row.h"
 #include "present/number_format.h"
@@ -219,48 +221,101 @@ void format_second_pairs(char* piece, std::size_t size, const DlSession& session
     }
 }
 
-// Adds the three pairs of a reading to its row, in two pieces.
-void add_measurement_pairs(CsvRow& row, const DlSession& session, const ReadingRecord& reading,
-                           int velocity_flag) {
-    const GaugeSetup& setup = reading_setup(session, reading);
-    const decltype(first_pair_memo)::Key first_key = {
-        key_bits(first_kind(reading), 0) | key_bits(los(reading), 2) | key_bits(units(reading), 3) |
-        key_bits(resolution(reading), 5) | key_bits(meas_mode(setup), 8) |
-        key_bits(first_value(reading), 12)};
-    auto& first = first_pair_memo.slot(first_key);
-    if (!memo_holds(first, first_key)) {
-        char piece[PIECE_BUFFER_SIZE];
-        format_first_pair(piece, sizeof piece, session, reading);
-        memo_store(first, first_key, piece);
-    }
-    row.add(first.view());
+// The keys of the two pieces of the pairs: every input of their formats.
+struct PairKeys {
+    decltype(first_pair_memo)::Key first;
+    decltype(second_pairs_memo)::Key second;
+};
 
+PairKeys pair_keys(const DlSession& session, const ReadingRecord& reading, int velocity_flag) {
+    const GaugeSetup& setup = reading_setup(session, reading);
     // The difference alone looks at the thickness.
     const std::uint32_t second = second_kind(reading);
     const std::uint32_t thickness =
         second == 2 ? static_cast<std::uint32_t>(thickness_length(reading)) : 0;
-    const decltype(second_pairs_memo)::Key second_key = {
-        key_bits(second, 0) | key_bits(flag(velocity_flag == 1), 2) | key_bits(los(reading), 3) |
-            key_bits(units(reading), 4) | key_bits(resolution(reading), 6) |
-            key_bits(flag(session.gage_type == GAGE_PRECISION), 8) |
-            key_bits(setup.meas_word, 16) | key_bits(setup.diff_flags, 32),
-        key_bits(min_value(reading), 0) | key_bits(max_value(reading), 20),
-        key_bits(thickness, 0) | key_bits(setup.diff_reference, 32)};
-    auto& rest = second_pairs_memo.slot(second_key);
-    if (!memo_holds(rest, second_key)) {
-        char piece[PIECE_BUFFER_SIZE];
-        format_second_pairs(piece, sizeof piece, session, reading, velocity_flag);
-        memo_store(rest, second_key, piece);
-    }
-    row.add(rest.view());
+    return {{key_bits(first_kind(reading), 0) | key_bits(los(reading), 2) |
+             key_bits(units(reading), 3) | key_bits(resolution(reading), 5) |
+             key_bits(meas_mode(setup), 8) | key_bits(first_value(reading), 12)},
+            {key_bits(second, 0) | key_bits(flag(velocity_flag == 1), 2) |
+                 key_bits(los(reading), 3) | key_bits(units(reading), 4) |
+                 key_bits(resolution(reading), 6) |
+                 key_bits(flag(session.gage_type == GAGE_PRECISION), 8) |
+                 key_bits(setup.meas_word, 16) | key_bits(setup.diff_flags, 32),
+             key_bits(min_value(reading), 0) | key_bits(max_value(reading), 20),
+             key_bits(thickness, 0) | key_bits(setup.diff_reference, 32)}};
 }
 
-// Adds the status columns, the measurement pairs and the line end.
-void add_row_rest(CsvRow& row, std::string_view status, const DlSession& session,
-                  const ReadingRecord& reading, int velocity_flag) {
+std::string_view first_pair_text(const DlSession& session, const ReadingRecord& reading,
+                                 const PairKeys& keys) {
+    auto& entry = first_pair_memo.slot(keys.first);
+    if (!memo_holds(entry, keys.first)) {
+        char piece[PIECE_BUFFER_SIZE];
+        format_first_pair(piece, sizeof piece, session, reading);
+        memo_store(entry, keys.first, piece);
+    }
+    return entry.view();
+}
+
+std::string_view second_pairs_text(const DlSession& session, const ReadingRecord& reading,
+                                   const PairKeys& keys, int velocity_flag) {
+    auto& entry = second_pairs_memo.slot(keys.second);
+    if (!memo_holds(entry, keys.second)) {
+        char piece[PIECE_BUFFER_SIZE];
+        format_second_pairs(piece, sizeof piece, session, reading, velocity_flag);
+        memo_store(entry, keys.second, piece);
+    }
+    return entry.view();
+}
+
+// Adds the three pairs of a reading to its row, in two pieces.
+void add_measurement_pairs(CsvRow& row, const DlSession& session, const ReadingRecord& reading,
+                           int velocity_flag) {
+    const PairKeys keys = pair_keys(session, reading, velocity_flag);
+    row.add(first_pair_text(session, reading, keys));
+    row.add(second_pairs_text(session, reading, keys, velocity_flag));
+}
+
+// Whole rests of rows (status columns, pairs and line end), keyed on the
+// keys of their three texts. Only rests without a "%" are kept: a text with
+// one reaches csv_write on its own.
+constexpr std::size_t REST_TEXT_SIZE = ROW_BUFFER_SIZE + 2 * PIECE_BUFFER_SIZE;
+TextMemo<6, REST_TEXT_SIZE, 256> row_rest_memo;
+
+bool has_percent(std::string_view text) { return text.find('%') != std::string_view::npos; }
+
+// Adds the status columns, the measurement pairs and the line end. The
+// status text is keyed on `status_key` and made by `status_text` when the
+// whole rest isn't remembered.
+template <typename StatusText>
+void add_row_rest(CsvRow& row, const std::array<std::uint64_t, 2>& status_key,
+                  StatusText status_text, const DlSession& session, const ReadingRecord& reading,
+                  int velocity_flag) {
+    const PairKeys pairs = pair_keys(session, reading, velocity_flag);
+    const decltype(row_rest_memo)::Key key = {status_key[0],     status_key[1],
+                                             pairs.first[0],    pairs.second[0],
+                                             pairs.second[1],   pairs.second[2]};
+    auto& whole = row_rest_memo.slot(key);
+    if (memo_holds(whole, key)) {
+        row.add(whole.view());
+        return;
+    }
+    const std::string_view status = status_text();
+    const std::string_view first = first_pair_text(session, reading, pairs);
+    const std::string_view second = second_pairs_text(session, reading, pairs, velocity_flag);
     row.add(status);
-    add_measurement_pairs(row, session, reading, velocity_flag);
+    row.add(first);
+    row.add(second);
     row.add("\n");
+    if (has_percent(status) || has_percent(first) || has_percent(second)) return;
+    // Each text is shorter than its buffer, so the three and "\n" fit.
+    std::array<char, REST_TEXT_SIZE> joined{};
+    std::size_t n = 0;
+    for (std::string_view piece : {status, first, second, std::string_view("\n")}) {
+        std::memcpy(joined.data() + n, piece.data(), piece.size());
+        n += piece.size();
+    }
+    joined[n] = '\0';
+    memo_store(whole, key, joined.data());
 }
 
 }  // namespace
@@ -318,25 +373,28 @@ void add_columns_corrosion(CsvRow& row, const DlSession& session, const ReadingR
         status_key(session, reading, has_ascan, velocity_flag) |
             key_bits(diff_type(setup), 33),
         key_bits(setup.gain_mode, 0) | key_bits(setup.gain_db, 16)};
-    auto& entry = corrosion_status_memo.slot(key);
-    if (!memo_holds(entry, key)) {
-        const char* unit = units_text(session, reading, velocity_flag);
-        const char* alarm = alarm_state_text(alarm_state(reading));
-        const char* diff = diff_type_text(diff_type(setup));
-        const char* fast = fast_mode_text(fast_mode(reading));
-        const char* meas = echo_to_echo(reading) != 0 ? "E TO E" : "STD";
-        const char* bscan = on_off(bscan_mode(reading) != 0);
-        const char* ascan = on_off(has_ascan == 1);
-        char gain[NUMBER_TEXT_SIZE];
-        format_gain_setting(gain, sizeof gain, setup.gain_mode, setup.gain_db);
-        const NoteLetters notes(note_mask(reading));
-        char row[ROW_BUFFER_SIZE];
-        format_text(row, sizeof row, ",%s,%s,%s,%s,%s,%s,%d,%s,%s,%s", unit, alarm, diff, gain,
-                    fast, notes.text.data(), static_cast<int>(setup_number(reading)), meas, bscan,
-                    ascan);
-        memo_store(entry, key, row);
-    }
-    add_row_rest(row, entry.view(), session, reading, velocity_flag);
+    const auto status_text = [&]() {
+        auto& entry = corrosion_status_memo.slot(key);
+        if (!memo_holds(entry, key)) {
+            const char* unit = units_text(session, reading, velocity_flag);
+            const char* alarm = alarm_state_text(alarm_state(reading));
+            const char* diff = diff_type_text(diff_type(setup));
+            const char* fast = fast_mode_text(fast_mode(reading));
+            const char* meas = echo_to_echo(reading) != 0 ? "E TO E" : "STD";
+            const char* bscan = on_off(bscan_mode(reading) != 0);
+            const char* ascan = on_off(has_ascan == 1);
+            char gain[NUMBER_TEXT_SIZE];
+            format_gain_setting(gain, sizeof gain, setup.gain_mode, setup.gain_db);
+            const NoteLetters notes(note_mask(reading));
+            char text[ROW_BUFFER_SIZE];
+            format_text(text, sizeof text, ",%s,%s,%s,%s,%s,%s,%d,%s,%s,%s", unit, alarm, diff,
+                        gain, fast, notes.text.data(), static_cast<int>(setup_number(reading)),
+                        meas, bscan, ascan);
+            memo_store(entry, key, text);
+        }
+        return entry.view();
+    };
+    add_row_rest(row, key, status_text, session, reading, velocity_flag);
 }
 
 void add_columns_precision(CsvRow& row, const DlSession& session, const ReadingRecord& reading,
@@ -347,20 +405,25 @@ void add_columns_precision(CsvRow& row, const DlSession& session, const ReadingR
     }
     const decltype(precision_status_memo)::Key key = {
         status_key(session, reading, has_ascan, velocity_flag)};
-    auto& entry = precision_status_memo.slot(key);
-    if (!memo_holds(entry, key)) {
-        const char* unit = units_text(session, reading, velocity_flag);
-        const char* alarm = alarm_state_text(alarm_state(reading));
-        const char* fast = fast_mode_text(fast_mode(reading));
-        const char* bscan = on_off(bscan_mode(reading) != 0);
-        const char* ascan = on_off(has_ascan == 1);
-        const NoteLetters notes(note_mask(reading));
-        char row[ROW_BUFFER_SIZE];
-        format_text(row, sizeof row, ",%s,%s,%s,%s,%d,%s,%s", unit, alarm, fast, notes.text.data(),
-                    static_cast<int>(setup_number(reading)), bscan, ascan);
-        memo_store(entry, key, row);
-    }
-    add_row_rest(row, entry.view(), session, reading, velocity_flag);
+    const auto status_text = [&]() {
+        auto& entry = precision_status_memo.slot(key);
+        if (!memo_holds(entry, key)) {
+            const char* unit = units_text(session, reading, velocity_flag);
+            const char* alarm = alarm_state_text(alarm_state(reading));
+            const char* fast = fast_mode_text(fast_mode(reading));
+            const char* bscan = on_off(bscan_mode(reading) != 0);
+            const char* ascan = on_off(has_ascan == 1);
+            const NoteLetters notes(note_mask(reading));
+            char text[ROW_BUFFER_SIZE];
+            format_text(text, sizeof text, ",%s,%s,%s,%s,%d,%s,%s", unit, alarm, fast,
+                        notes.text.data(), static_cast<int>(setup_number(reading)), bscan, ascan);
+            memo_store(entry, key, text);
+        }
+        return entry.view();
+    };
+    // A second status word that no corrosion gauge key has marks the
+    // precision gauge's rests.
+    add_row_rest(row, {key[0], ~std::uint64_t{0}}, status_text, session, reading, velocity_flag);
 }
 
 int write_measurement_pairs(const DlSession& session, const ReadingRecord& reading,
