@@ -84,23 +84,31 @@ void merge_flaw_head(const DlSession& session, ReadingRecord& reading, const Sca
     }
 }
 
-// What follows the value in a detailed row: the remaining columns of a
-// thickness gauge (the flaw detector's value was the whole row), then the
-// dump of the reading's scan, with fresh titles behind it when `more`
+// The detailed row of a thickness gauge reading: the identifier cell, the
+// thickness and the columns behind them reach csv_write as one row.
+int write_thickness_row(const DlSession& session, const ReadingRecord& reading,
+                        const ReadingScan& scan, std::string_view id_cell, DigitLayout layout,
+                        CsvSink& sink) {
+    CsvRow row(sink);
+    row.add(id_cell);
+    ThicknessCell cell{};
+    thickness_cell_text(cell, reading, 0, layout,
+                        meas_mode(session.setups[setup_number(reading)].gauge), scan.velocity_flag);
+    row.add(cell.data());
+    if (session.gage_type == GAGE_CORROSION) {
+        add_columns_corrosion(row, session, reading, scan.has_ascan, scan.velocity_flag);
+    } else {
+        add_columns_precision(row, session, reading, scan.has_ascan, scan.velocity_flag);
+    }
+    return row.finish();
+}
+
+// The dumps of a reading's scans, with fresh titles behind them when `more`
 // readings follow.
-int write_columns_and_dumps(DlSession& session, const ReadingRecord& reading,
-                            const ReadingScan& scan, int more, CsvSink& sink) {
+int write_dumps(DlSession& session, const ReadingRecord& reading, const ReadingScan& scan,
+                int more, CsvSink& sink) {
     const std::int32_t gage_type = session.gage_type;
     int written = 1;
-    if (gage_type == GAGE_CORROSION) {
-        written = write_columns_corrosion(session, reading, scan.has_ascan, sink, scan.velocity_flag);
-    } else if (gage_type == GAGE_PRECISION) {
-        written = write_columns_precision(session, reading, scan.has_ascan, sink, scan.velocity_flag);
-    } else if (gage_type != GAGE_FLAW_DETECTOR) {
-        written = 0;  // no row of its own for an unknown instrument
-    }
-    if (written == 0) return 0;
-
     if (scan.has_ascan != 0) {
         if (gage_type == GAGE_FLAW_DETECTOR) {
             // The dump gets its own copy of the setup that the merged reading names.
@@ -113,6 +121,22 @@ int write_columns_and_dumps(DlSession& session, const ReadingRecord& reading,
     }
     if (scan.has_bscan != 0) return write_bscan_dump(session, reading, scan_store, sink, more);
     return 1;
+}
+
+// The storage index of the next point of the walk.
+void advance_walk(DlSession& session, bool stored_ids, std::uint32_t& storage_index) {
+    if (stored_ids) {
+        ++storage_index;
+    } else {
+        // The walk steps from the point whose identifier was just composed.
+        // The texts of the next point are worked out when its identifier is
+        // composed, from its storage index.
+        const std::int64_t next =
+            id_spec_step(session.id_spec, session.first_inc, session.second_inc,
+                         session.third_inc, session.walk_pattern, session.file_type,
+                         session.fourth_inc);
+        storage_index = static_cast<std::uint32_t>(static_cast<std::uint64_t>(next));
+    }
 }
 
 // One walk over the readings. `output_form` 0 writes the plain grid rows of
@@ -152,6 +176,17 @@ int walk_readings(DlSession& session, int output_form, CsvSink& sink) {
         while (length < ID_TEXT_MAX && id_text[length] != '\0') ++length;
         id_text[length] = ',';
         id_text[length + 1] = '\0';
+        const int more = visit != point_total - 1 ? 1 : 0;
+        if (output_form == OUTPUT_DETAILED &&
+            (gage_type == GAGE_CORROSION || gage_type == GAGE_PRECISION)) {
+            if (write_thickness_row(session, reading, scan, std::string_view(id_text, length + 1),
+                                    layout, sink) == 0) {
+                return 0;
+            }
+            if (write_dumps(session, reading, scan, more, sink) == 0) return 0;
+            advance_walk(session, stored_ids, storage_index);
+            continue;
+        }
         if (csv_write(id_text, sink) == 0) return 0;
 
         const ScanStore* dac_store = scan.ascan_ref != nullptr ? &scan_store : nullptr;
@@ -163,20 +198,13 @@ int walk_readings(DlSession& session, int output_form, CsvSink& sink) {
         if (output_form != OUTPUT_DETAILED) {
             if (csv_write("\n", sink) == 0) return 0;
         } else {
-            const int more = visit != point_total - 1 ? 1 : 0;
-            if (write_columns_and_dumps(session, reading, scan, more, sink) == 0) return 0;
+            // The flaw detector's value was the whole row; an unknown
+            // instrument has no row of its own.
+            if (gage_type != GAGE_FLAW_DETECTOR) return 0;
+            if (write_dumps(session, reading, scan, more, sink) == 0) return 0;
         }
 
-        if (stored_ids) {
-            ++storage_index;
-        } else {
-            // The walk steps from the point whose identifier was just composed.
-            const std::int64_t next =
-                id_spec_advance(session.id_spec, session.first_inc, session.second_inc,
-                                session.third_inc, session.walk_pattern, session.file_type,
-                                session.fourth_inc);
-            storage_index = static_cast<std::uint32_t>(static_cast<std::uint64_t>(next));
-        }
+        advance_walk(session, stored_ids, storage_index);
     }
     return 1;
 }

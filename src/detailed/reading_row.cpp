@@ -2,10 +2,14 @@
 
 #include <array>
 #include <cstddef>
+#include <cstring>
+#include <string_view>
 
 #include "present/flaw_row.h"
 #include "present/number_format.h"
+#include "run/csv_row.h"
 #include "run/labels.h"
+#include "run/text_memo.h"
 
 namespace ugf {
 
@@ -141,12 +145,177 @@ void difference_text(char* out, std::size_t size, const DlSession& session,
     format_text(out, size, "%3d%%%%", static_cast<int>(percent));
 }
 
-// Writes the status columns, the measurement pairs and the line end.
-int finish_row(const char* row, const DlSession& session, const ReadingRecord& reading,
-               CsvSink& sink, int velocity_flag) {
-    if (csv_write(row, sink) == 0) return 0;
-    if (write_measurement_pairs(session, reading, sink, velocity_flag) == 0) return 0;
-    return csv_write("\n", sink);
+// The status texts of the rows, keyed on every input of their format.
+TextMemo<2, ROW_BUFFER_SIZE, 64> corrosion_status_memo;
+TextMemo<1, ROW_BUFFER_SIZE, 64> precision_status_memo;
+
+// The texts of the two pieces of the pairs, keyed on every input of their
+// formats.
+TextMemo<1, PIECE_BUFFER_SIZE, 64> first_pair_memo;
+TextMemo<3, PIECE_BUFFER_SIZE, 256> second_pairs_memo;
+
+// Places a code of `bits` bits at bit `at` of a key word.
+std::uint64_t key_bits(std::uint32_t code, int at) { return static_cast<std::uint64_t>(code) << at; }
+std::uint32_t flag(bool on) { return on ? 1u : 0u; }
+
+// What the status texts of a reading depend on, the gain and the setup's
+// own texts aside: the inputs of the UNITS text (velocity reading, units,
+// precision gauge in mode 5), the alarm, fast mode, echo-to-echo, B-scan and
+// A-scan codes, the setup number and the note mask.
+std::uint64_t status_key(const DlSession& session, const ReadingRecord& reading, int has_ascan,
+                         int velocity_flag) {
+    const bool cp = session.gage_type == GAGE_PRECISION &&
+                    meas_mode(reading_setup(session, reading)) == MEAS_MODE_CP;
+    return key_bits(flag(velocity_flag == 1), 0) | key_bits(units(reading), 1) |
+           key_bits(flag(cp), 3) | key_bits(alarm_state(reading), 4) |
+           key_bits(fast_mode(reading), 7) | key_bits(flag(echo_to_echo(reading) != 0), 9) |
+           key_bits(flag(bscan_mode(reading) != 0), 10) | key_bits(flag(has_ascan == 1), 11) |
+           key_bits(setup_number(reading), 12) | key_bits(note_mask(reading), 17);
+}
+
+// The first pair: the extra value and its type, or two empty cells.
+void format_first_pair(char* piece, std::size_t size, const DlSession& session,
+                       const ReadingRecord& reading) {
+    static constexpr std::array<const char*, 4> FIRST_TYPES = {"", "COATING", "OXIDE", "TEMP"};
+    const std::uint32_t first = first_kind(reading);
+    if (first == 0) {
+        format_text(piece, size, ",,");
+        return;
+    }
+    char value[NUMBER_TEXT_SIZE];
+    first_value_text(value, sizeof value, session, reading);
+    format_text(piece, size, ",%s,%s", value, FIRST_TYPES[first]);
+}
+
+// The second and third pairs: minimum and maximum, difference or span.
+void format_second_pairs(char* piece, std::size_t size, const DlSession& session,
+                         const ReadingRecord& reading, int velocity_flag) {
+    char value[NUMBER_TEXT_SIZE];
+    const std::uint32_t second = second_kind(reading);
+    const char* none = no_value_text(session);
+    const std::uint32_t mn = min_value(reading);
+    const std::uint32_t mx = max_value(reading);
+    if (second == 0 || velocity_flag == 1) {
+        format_text(piece, size, ",,,,");
+    } else if (second == 1) {
+        // Only the maximum says whether the pair holds values.
+        if (mx == 0) {
+            format_text(piece, size, ",%s,%s,%s,%s", none, "MIN", none, "MAX");
+        } else {
+            char max_text[NUMBER_TEXT_SIZE];
+            format_pair_length(value, sizeof value, session, reading, mn);
+            format_pair_length(max_text, sizeof max_text, session, reading, mx);
+            format_text(piece, size, ",%s,%s,%s,%s", value, "MIN", max_text, "MAX");
+        }
+    } else if (second == 2) {
+        difference_text(value, sizeof value, session, reading);
+        format_text(piece, size, ",%s,%s,,", value, "DIFF");
+    } else {
+        // The minimum's fields hold the span; a lost signal doesn't hide it.
+        if (mn == 0) {
+            format_text(piece, size, ",%s,%s,,", none, "MAX-MIN");
+        } else {
+            format_pair_length(value, sizeof value, session, reading, mn);
+            format_text(piece, size, ",%s,%s,,", value, "MAX-MIN");
+        }
+    }
+}
+
+// The keys of the two pieces of the pairs: every input of their formats.
+struct PairKeys {
+    decltype(first_pair_memo)::Key first;
+    decltype(second_pairs_memo)::Key second;
+};
+
+PairKeys pair_keys(const DlSession& session, const ReadingRecord& reading, int velocity_flag) {
+    const GaugeSetup& setup = reading_setup(session, reading);
+    // The difference alone looks at the thickness.
+    const std::uint32_t second = second_kind(reading);
+    const std::uint32_t thickness =
+        second == 2 ? static_cast<std::uint32_t>(thickness_length(reading)) : 0;
+    return {{key_bits(first_kind(reading), 0) | key_bits(los(reading), 2) |
+             key_bits(units(reading), 3) | key_bits(resolution(reading), 5) |
+             key_bits(meas_mode(setup), 8) | key_bits(first_value(reading), 12)},
+            {key_bits(second, 0) | key_bits(flag(velocity_flag == 1), 2) |
+                 key_bits(los(reading), 3) | key_bits(units(reading), 4) |
+                 key_bits(resolution(reading), 6) |
+                 key_bits(flag(session.gage_type == GAGE_PRECISION), 8) |
+                 key_bits(setup.meas_word, 16) | key_bits(setup.diff_flags, 32),
+             key_bits(min_value(reading), 0) | key_bits(max_value(reading), 20),
+             key_bits(thickness, 0) | key_bits(setup.diff_reference, 32)}};
+}
+
+std::string_view first_pair_text(const DlSession& session, const ReadingRecord& reading,
+                                 const PairKeys& keys) {
+    auto& entry = first_pair_memo.slot(keys.first);
+    if (!memo_holds(entry, keys.first)) {
+        char piece[PIECE_BUFFER_SIZE];
+        format_first_pair(piece, sizeof piece, session, reading);
+        memo_store(entry, keys.first, piece);
+    }
+    return entry.view();
+}
+
+std::string_view second_pairs_text(const DlSession& session, const ReadingRecord& reading,
+                                   const PairKeys& keys, int velocity_flag) {
+    auto& entry = second_pairs_memo.slot(keys.second);
+    if (!memo_holds(entry, keys.second)) {
+        char piece[PIECE_BUFFER_SIZE];
+        format_second_pairs(piece, sizeof piece, session, reading, velocity_flag);
+        memo_store(entry, keys.second, piece);
+    }
+    return entry.view();
+}
+
+// Adds the three pairs of a reading to its row, in two pieces.
+void add_measurement_pairs(CsvRow& row, const DlSession& session, const ReadingRecord& reading,
+                           int velocity_flag) {
+    const PairKeys keys = pair_keys(session, reading, velocity_flag);
+    row.add(first_pair_text(session, reading, keys));
+    row.add(second_pairs_text(session, reading, keys, velocity_flag));
+}
+
+// Whole rests of rows (status columns, pairs and line end), keyed on the
+// keys of their three texts. Only rests without a "%" are kept: a text with
+// one reaches csv_write on its own.
+constexpr std::size_t REST_TEXT_SIZE = ROW_BUFFER_SIZE + 2 * PIECE_BUFFER_SIZE;
+TextMemo<6, REST_TEXT_SIZE, 256> row_rest_memo;
+
+bool has_percent(std::string_view text) { return text.find('%') != std::string_view::npos; }
+
+// Adds the status columns, the measurement pairs and the line end. The
+// status text is keyed on `status_key` and made by `status_text` when the
+// whole rest isn't remembered.
+template <typename StatusText>
+void add_row_rest(CsvRow& row, const std::array<std::uint64_t, 2>& status_key,
+                  StatusText status_text, const DlSession& session, const ReadingRecord& reading,
+                  int velocity_flag) {
+    const PairKeys pairs = pair_keys(session, reading, velocity_flag);
+    const decltype(row_rest_memo)::Key key = {status_key[0],     status_key[1],
+                                             pairs.first[0],    pairs.second[0],
+                                             pairs.second[1],   pairs.second[2]};
+    auto& whole = row_rest_memo.slot(key);
+    if (memo_holds(whole, key)) {
+        row.add(whole.view());
+        return;
+    }
+    const std::string_view status = status_text();
+    const std::string_view first = first_pair_text(session, reading, pairs);
+    const std::string_view second = second_pairs_text(session, reading, pairs, velocity_flag);
+    row.add(status);
+    row.add(first);
+    row.add(second);
+    row.add("\n");
+    if (has_percent(status) || has_percent(first) || has_percent(second)) return;
+    // Each text is shorter than its buffer, so the three and "\n" fit.
+    std::array<char, REST_TEXT_SIZE> joined{};
+    std::size_t n = 0;
+    for (std::string_view piece : {status, first, second, std::string_view("\n")}) {
+        std::memcpy(joined.data() + n, piece.data(), piece.size());
+        n += piece.size();
+    }
+    joined[n] = '\0';
+    memo_store(whole, key, joined.data());
 }
 
 }  // namespace
@@ -179,78 +348,89 @@ int write_column_titles(std::int32_t gage_type, CsvSink& sink) {
 
 int write_columns_corrosion(const DlSession& session, const ReadingRecord& reading,
                             int has_ascan, CsvSink& sink, int velocity_flag) {
-    if (is_empty_slot(reading)) return csv_write(",,,,,,,,,,,,,,,,\n", sink);
-    const GaugeSetup& setup = reading_setup(session, reading);
-    char gain[NUMBER_TEXT_SIZE];
-    format_gain_setting(gain, sizeof gain, setup.gain_mode, setup.gain_db);
-    const NoteLetters notes(note_mask(reading));
-    char row[ROW_BUFFER_SIZE];
-    format_text(row, sizeof row, ",%s,%s,%s,%s,%s,%s,%d,%s,%s,%s",
-                units_text(session, reading, velocity_flag), alarm_state_text(alarm_state(reading)),
-                diff_type_text(diff_type(setup)), gain, fast_mode_text(fast_mode(reading)),
-                notes.text.data(), static_cast<int>(setup_number(reading)),
-                echo_to_echo(reading) != 0 ? "E TO E" : "STD", on_off(bscan_mode(reading) != 0),
-                on_off(has_ascan == 1));
-    return finish_row(row, session, reading, sink, velocity_flag);
+    CsvRow row(sink);
+    add_columns_corrosion(row, session, reading, has_ascan, velocity_flag);
+    return row.finish();
 }
 
 int write_columns_precision(const DlSession& session, const ReadingRecord& reading,
                             int has_ascan, CsvSink& sink, int velocity_flag) {
-    if (is_empty_slot(reading)) return csv_write(",,,,,,,,,,,,,\n", sink);
-    const NoteLetters notes(note_mask(reading));
-    char row[ROW_BUFFER_SIZE];
-    format_text(row, sizeof row, ",%s,%s,%s,%s,%d,%s,%s",
-                units_text(session, reading, velocity_flag), alarm_state_text(alarm_state(reading)),
-                fast_mode_text(fast_mode(reading)), notes.text.data(),
-                static_cast<int>(setup_number(reading)), on_off(bscan_mode(reading) != 0),
-                on_off(has_ascan == 1));
-    return finish_row(row, session, reading, sink, velocity_flag);
+    CsvRow row(sink);
+    add_columns_precision(row, session, reading, has_ascan, velocity_flag);
+    return row.finish();
+}
+
+void add_columns_corrosion(CsvRow& row, const DlSession& session, const ReadingRecord& reading,
+                           int has_ascan, int velocity_flag) {
+    if (is_empty_slot(reading)) {
+        row.add(",,,,,,,,,,,,,,,,\n");
+        return;
+    }
+    const GaugeSetup& setup = reading_setup(session, reading);
+    // The texts of the columns follow from the codes in the key: the gain
+    // text from the gain mode and level, the note letters from the mask.
+    const decltype(corrosion_status_memo)::Key key = {
+        status_key(session, reading, has_ascan, velocity_flag) |
+            key_bits(diff_type(setup), 33),
+        key_bits(setup.gain_mode, 0) | key_bits(setup.gain_db, 16)};
+    const auto status_text = [&]() {
+        auto& entry = corrosion_status_memo.slot(key);
+        if (!memo_holds(entry, key)) {
+            const char* unit = units_text(session, reading, velocity_flag);
+            const char* alarm = alarm_state_text(alarm_state(reading));
+            const char* diff = diff_type_text(diff_type(setup));
+            const char* fast = fast_mode_text(fast_mode(reading));
+            const char* meas = echo_to_echo(reading) != 0 ? "E TO E" : "STD";
+            const char* bscan = on_off(bscan_mode(reading) != 0);
+            const char* ascan = on_off(has_ascan == 1);
+            char gain[NUMBER_TEXT_SIZE];
+            format_gain_setting(gain, sizeof gain, setup.gain_mode, setup.gain_db);
+            const NoteLetters notes(note_mask(reading));
+            char text[ROW_BUFFER_SIZE];
+            format_text(text, sizeof text, ",%s,%s,%s,%s,%s,%s,%d,%s,%s,%s", unit, alarm, diff,
+                        gain, fast, notes.text.data(), static_cast<int>(setup_number(reading)),
+                        meas, bscan, ascan);
+            memo_store(entry, key, text);
+        }
+        return entry.view();
+    };
+    add_row_rest(row, key, status_text, session, reading, velocity_flag);
+}
+
+void add_columns_precision(CsvRow& row, const DlSession& session, const ReadingRecord& reading,
+                           int has_ascan, int velocity_flag) {
+    if (is_empty_slot(reading)) {
+        row.add(",,,,,,,,,,,,,\n");
+        return;
+    }
+    const decltype(precision_status_memo)::Key key = {
+        status_key(session, reading, has_ascan, velocity_flag)};
+    const auto status_text = [&]() {
+        auto& entry = precision_status_memo.slot(key);
+        if (!memo_holds(entry, key)) {
+            const char* unit = units_text(session, reading, velocity_flag);
+            const char* alarm = alarm_state_text(alarm_state(reading));
+            const char* fast = fast_mode_text(fast_mode(reading));
+            const char* bscan = on_off(bscan_mode(reading) != 0);
+            const char* ascan = on_off(has_ascan == 1);
+            const NoteLetters notes(note_mask(reading));
+            char text[ROW_BUFFER_SIZE];
+            format_text(text, sizeof text, ",%s,%s,%s,%s,%d,%s,%s", unit, alarm, fast,
+                        notes.text.data(), static_cast<int>(setup_number(reading)), bscan, ascan);
+            memo_store(entry, key, text);
+        }
+        return entry.view();
+    };
+    // A second status word that no corrosion gauge key has marks the
+    // precision gauge's rests.
+    add_row_rest(row, {key[0], ~std::uint64_t{0}}, status_text, session, reading, velocity_flag);
 }
 
 int write_measurement_pairs(const DlSession& session, const ReadingRecord& reading,
                             CsvSink& sink, int velocity_flag) {
-    static constexpr std::array<const char*, 4> FIRST_TYPES = {"", "COATING", "OXIDE", "TEMP"};
-    char piece[PIECE_BUFFER_SIZE];
-    char value[NUMBER_TEXT_SIZE];
-
-    const std::uint32_t first = first_kind(reading);
-    if (first == 0) {
-        format_text(piece, sizeof piece, ",,");
-    } else {
-        first_value_text(value, sizeof value, session, reading);
-        format_text(piece, sizeof piece, ",%s,%s", value, FIRST_TYPES[first]);
-    }
-    if (csv_write(piece, sink) == 0) return 0;
-
-    const std::uint32_t second = second_kind(reading);
-    const char* none = no_value_text(session);
-    const std::uint32_t mn = min_value(reading);
-    const std::uint32_t mx = max_value(reading);
-    if (second == 0 || velocity_flag == 1) {
-        format_text(piece, sizeof piece, ",,,,");
-    } else if (second == 1) {
-        // Only the maximum says whether the pair holds values.
-        if (mx == 0) {
-            format_text(piece, sizeof piece, ",%s,%s,%s,%s", none, "MIN", none, "MAX");
-        } else {
-            char max_text[NUMBER_TEXT_SIZE];
-            format_pair_length(value, sizeof value, session, reading, mn);
-            format_pair_length(max_text, sizeof max_text, session, reading, mx);
-            format_text(piece, sizeof piece, ",%s,%s,%s,%s", value, "MIN", max_text, "MAX");
-        }
-    } else if (second == 2) {
-        difference_text(value, sizeof value, session, reading);
-        format_text(piece, sizeof piece, ",%s,%s,,", value, "DIFF");
-    } else {
-        // The minimum's fields hold the span; a lost signal doesn't hide it.
-        if (mn == 0) {
-            format_text(piece, sizeof piece, ",%s,%s,,", none, "MAX-MIN");
-        } else {
-            format_pair_length(value, sizeof value, session, reading, mn);
-            format_text(piece, sizeof piece, ",%s,%s,,", value, "MAX-MIN");
-        }
-    }
-    return csv_write(piece, sink);
+    CsvRow row(sink);
+    add_measurement_pairs(row, session, reading, velocity_flag);
+    return row.finish();
 }
 
 }  // namespace ugf

@@ -10,6 +10,7 @@
 
 #include "file/session.h"
 #include "run/console.h"
+#include "run/csv_row.h"
 #include "store/record.h"
 
 namespace ugf {
@@ -31,6 +32,13 @@ int write_columns_corrosion(const DlSession& session, const ReadingRecord& readi
 // B SCAN, A SCAN; an empty slot gives 13 commas.
 int write_columns_precision(const DlSession& session, const ReadingRecord& reading,
                             int has_ascan, CsvSink& sink, int velocity_flag);
+
+// The same columns added to a row that was begun with the identifier and
+// the thickness, so that the whole row reaches csv_write at once.
+void add_columns_corrosion(CsvRow& row, const DlSession& session, const ReadingRecord& reading,
+                           int has_ascan, int velocity_flag);
+void add_columns_precision(CsvRow& row, const DlSession& session, const ReadingRecord& reading,
+                           int has_ascan, int velocity_flag);
 
 // The three MEASUREMENT,TYPE pairs of a reading, six cells in two pieces: the
 // first extra value (coating, oxide or temperature), then the minimum and

@@ -165,6 +165,15 @@ int read_text(DlStream& stream, std::uint64_t offset, char* dst, std::size_t dst
     }
 }
 
+int read_in_page(DlStream& stream, std::uint64_t offset, std::uint8_t* dst, std::size_t n) {
+    const std::size_t at = static_cast<std::size_t>(offset % PAGE_SIZE);
+    if (n > PAGE_SIZE - at) return 0;
+    const Page* page = fetch_page(stream, offset);
+    if (page == nullptr || at + n > page->length) return 0;
+    std::memcpy(dst, page->bytes.data() + at, n);
+    return 1;
+}
+
 std::size_t read_block(DlStream& stream, std::uint64_t offset, std::uint8_t* dst,
                        std::size_t n) {
     std::size_t done = 0;

@@ -42,6 +42,11 @@ std::uint64_t read_u40_be(DlStream& stream, std::uint64_t offset, int* ok);
 int read_text(DlStream& stream, std::uint64_t offset, char* dst, std::size_t dst_size,
               std::uint16_t max);
 
+// Copies n bytes from the offset into dst and returns 1 when they all lie in
+// one cached page that the file fills. Otherwise returns 0 having printed
+// nothing; the caller then reads field by field, which reports what fails.
+int read_in_page(DlStream& stream, std::uint64_t offset, std::uint8_t* dst, std::size_t n);
+
 // Copies up to n bytes from the offset into dst, silently, and returns how
 // many there were before the end of the file.
 std::size_t read_block(DlStream& stream, std::uint64_t offset, std::uint8_t* dst,

@@ -1,5 +1,6 @@
 #include "ident/id_spec.h"
 
+#include <array>
 #include <cstring>
 
 #include "run/console.h"
@@ -27,15 +28,14 @@ void copy_text(char* dst, const char* src) {
     dst[n] = '\0';
 }
 
-// Appends src to the terminated text in dst (ID_TEXT_SIZE bytes), cutting the
-// whole at ID_TEXT_MAX characters.
-void append_text(char* dst, const char* src) {
-    std::size_t n = 0;
-    while (n < ID_TEXT_MAX && dst[n] != '\0') ++n;
+// Appends src behind the first n characters of dst (ID_TEXT_SIZE bytes),
+// cutting the whole at ID_TEXT_MAX characters; returns the new length.
+std::size_t append_at(char* dst, std::size_t n, const char* src) {
     if (src != nullptr) {
         for (std::size_t i = 0; n < ID_TEXT_MAX && src[i] != '\0'; ++i) dst[n++] = src[i];
     }
     dst[n] = '\0';
+    return n;
 }
 
 void clear_dimension(IdDimension& dim) {
@@ -150,6 +150,33 @@ void id_spec_init_manual(IdSpec& spec, const std::int64_t size[4], const std::in
 
 namespace {
 
+// The template of a dimension's offsets: the counted part of end less start
+// without its leading zero characters, but with one of them kept in front as
+// a spare position (an all-zero difference leaves one zero character).
+// nullptr when the texts don't subtract. Remembered with the texts.
+const char* offset_template(IdDimension& dim) {
+    IdDimension::SpanMemo& span = dim.span;
+    if (span.valid && std::memcmp(span.start_text, dim.start_text, ID_TEXT_SIZE) == 0 &&
+        std::memcmp(span.end_text, dim.end_text, ID_TEXT_SIZE) == 0) {
+        return span.subtracts ? span.offset_template : nullptr;
+    }
+    std::int64_t difference = 0;
+    span.subtracts = id_text_subtract(dim.end_text, dim.start_text, &difference) != 0;
+    if (span.subtracts) {
+        const char* result = id_result_text();
+        const char* tail = std::strrchr(result, '-');
+        tail = tail != nullptr ? tail + 1 : result;
+        const char* templ = tail;
+        while (*templ == 'A' || *templ == '0') ++templ;
+        if (templ != tail) --templ;
+        copy_text(span.offset_template, templ);
+    }
+    std::memcpy(span.start_text, dim.start_text, ID_TEXT_SIZE);
+    std::memcpy(span.end_text, dim.end_text, ID_TEXT_SIZE);
+    span.valid = true;
+    return span.subtracts ? span.offset_template : nullptr;
+}
+
 // The work of id_dimension_refresh for a dimension in use. Returns 0 when the
 // start and end texts don't subtract: current_text is then left as it was, so
 // that outcome depends on more than the inputs and is never remembered.
@@ -158,18 +185,8 @@ int compute_dimension_text(IdDimension& dim, std::int32_t file_type, std::int64_
         format_text(dim.current_text, ID_TEXT_SIZE, "%lld", static_cast<long long>(offset));
         return 1;
     }
-    std::int64_t difference = 0;
-    if (id_text_subtract(dim.end_text, dim.start_text, &difference) == 0) return 0;
-
-    // The template: the counted part of the difference without its leading
-    // zero characters, but with one of them kept in front as a spare
-    // position (an all-zero difference leaves one zero character).
-    const char* result = id_result_text();
-    const char* tail = std::strrchr(result, '-');
-    tail = tail != nullptr ? tail + 1 : result;
-    const char* templ = tail;
-    while (*templ == 'A' || *templ == '0') ++templ;
-    if (templ != tail) --templ;
+    const char* templ = offset_template(dim);
+    if (templ == nullptr) return 0;
     std::size_t width = std::strlen(templ);
 
     char offset_text[ID_TEXT_SIZE] = {};
@@ -195,6 +212,40 @@ int compute_dimension_text(IdDimension& dim, std::int32_t file_type, std::int64_
 
 }  // namespace
 
+namespace {
+
+// Dimension texts worked out before, keyed on everything a text depends on:
+// the manual flag, the start and end texts and the offset. A walk comes back
+// to the same offsets of its fastest dimension row after row; a table with
+// room for a few thousand of them lets it copy the texts instead of working
+// them out again. Direct-mapped: a new text replaces the slot's old one.
+struct RecentText {
+    bool valid = false;
+    bool manual = false;
+    std::int64_t offset = 0;
+    char start_text[ID_TEXT_SIZE] = {};
+    char end_text[ID_TEXT_SIZE] = {};
+    char result[ID_TEXT_SIZE] = {};
+};
+
+constexpr std::size_t RECENT_TEXT_SLOTS = 4096;
+std::array<RecentText, RECENT_TEXT_SLOTS> recent_texts{};
+
+RecentText& recent_slot(const IdDimension& dim, std::int64_t offset) {
+    std::uint64_t start_head = 0;
+    std::uint64_t end_head = 0;
+    std::memcpy(&start_head, dim.start_text, sizeof start_head);
+    std::memcpy(&end_head, dim.end_text, sizeof end_head);
+    std::uint64_t h = static_cast<std::uint64_t>(offset) * 0x9E3779B97F4A7C15ull;
+    h ^= (start_head * 0xBF58476D1CE4E5B9ull) ^ (end_head * 0x94D049BB133111EBull);
+    h ^= h >> 29;
+    return recent_texts[static_cast<std::size_t>(h) & (RECENT_TEXT_SLOTS - 1)];
+}
+
+bool same_texts(const char* a, const char* b) { return std::memcmp(a, b, ID_TEXT_SIZE) == 0; }
+
+}  // namespace
+
 void id_dimension_refresh(IdDimension& dim, std::int32_t file_type, std::int64_t offset) {
     if (dim.step == 0) {
         dim.current_text[0] = '\0';
@@ -203,13 +254,25 @@ void id_dimension_refresh(IdDimension& dim, std::int32_t file_type, std::int64_t
     IdDimension::RefreshMemo& memo = dim.memo;
     const bool manual = is_manual(file_type);
     if (memo.valid && memo.manual == manual && memo.offset == offset &&
-        std::memcmp(memo.start_text, dim.start_text, ID_TEXT_SIZE) == 0 &&
-        std::memcmp(memo.end_text, dim.end_text, ID_TEXT_SIZE) == 0) {
+        same_texts(memo.start_text, dim.start_text) && same_texts(memo.end_text, dim.end_text)) {
         std::memcpy(dim.current_text, memo.result, ID_TEXT_SIZE);
         return;
     }
-    memo.valid = compute_dimension_text(dim, file_type, offset) == 1;
-    if (!memo.valid) return;
+    RecentText& recent = recent_slot(dim, offset);
+    if (recent.valid && recent.manual == manual && recent.offset == offset &&
+        same_texts(recent.start_text, dim.start_text) && same_texts(recent.end_text, dim.end_text)) {
+        std::memcpy(dim.current_text, recent.result, ID_TEXT_SIZE);
+    } else {
+        memo.valid = compute_dimension_text(dim, file_type, offset) == 1;
+        if (!memo.valid) return;
+        recent.valid = true;
+        recent.manual = manual;
+        recent.offset = offset;
+        std::memcpy(recent.start_text, dim.start_text, ID_TEXT_SIZE);
+        std::memcpy(recent.end_text, dim.end_text, ID_TEXT_SIZE);
+        std::memcpy(recent.result, dim.current_text, ID_TEXT_SIZE);
+    }
+    memo.valid = true;
     memo.manual = manual;
     memo.offset = offset;
     std::memcpy(memo.start_text, dim.start_text, ID_TEXT_SIZE);
@@ -233,11 +296,12 @@ void id_spec_compose(const IdSpec& spec, char* out, int with_prefix, const Label
     bool manual = is_manual(file_type);
     bool has_label = label != nullptr && label->label != nullptr;
     if (file_type == FILE_TYPE_4D_MANUAL) suffix = nullptr;
+    std::size_t n = 0;  // the length of out
     int highest = 2;
     if (file_type == FILE_TYPE_4D_MANUAL) {
         highest = 3;
     } else if (with_prefix == 1 && spec.prefix[0] != '\0') {
-        append_text(out, spec.prefix);
+        n = append_at(out, n, spec.prefix);
     }
     for (int d = highest; d >= 0; --d) {
         const IdDimension& dim = spec.dims[d];
@@ -251,8 +315,8 @@ void id_spec_compose(const IdSpec& spec, char* out, int with_prefix, const Label
         } else if (d == 0 && has_label) {
             text = label->label(label->context, position, 0);
         }
-        append_text(out, text);
-        if (suffix != nullptr && d == suffix_dimension) append_text(out, suffix);
+        n = append_at(out, n, text);
+        if (suffix != nullptr && d == suffix_dimension) n = append_at(out, n, suffix);
     }
 }
 
@@ -274,6 +338,13 @@ const char* elevation_unit_text(std::int64_t elevation_unit) {
         case 4: return "M";
         default: return "";
     }
+}
+
+std::int64_t id_spec_step(IdSpec& spec, std::uint8_t first_inc, std::uint8_t second_inc,
+                          std::uint8_t third_inc, std::int32_t walk_pattern,
+                          std::int32_t file_type, std::uint8_t fourth_inc) {
+    cursor_walk(spec.cursor, first_inc, second_inc, third_inc, walk_pattern, file_type, fourth_inc);
+    return cursor_flat_index(spec.cursor);
 }
 
 std::int64_t id_spec_advance(IdSpec& spec, std::uint8_t first_inc, std::uint8_t second_inc,

@@ -30,6 +30,17 @@ struct IdDimension {
         char end_text[ID_TEXT_SIZE] = {};
         char result[ID_TEXT_SIZE] = {};
     } memo{};
+    // The template of the dimension's offsets, which only the start and end
+    // texts decide (their difference), with the texts it came from. Every
+    // point of a walk needs it, and the subtraction behind it is the same
+    // each time.
+    struct SpanMemo {
+        bool valid = false;
+        bool subtracts = false;  // false: end less start has no value
+        char start_text[ID_TEXT_SIZE] = {};
+        char end_text[ID_TEXT_SIZE] = {};
+        char offset_template[ID_TEXT_SIZE] = {};
+    } span{};
 };
 
 struct IdSpec {
@@ -67,6 +78,14 @@ void id_spec_dimension_text(const IdSpec& spec, char* out, int dimension, std::i
 
 // "", "IN", "FT", "MM", "M" for 0 to 4; "" above.
 const char* elevation_unit_text(std::int64_t elevation_unit);
+
+// One step of the walk without refreshing the texts; the new storage index.
+// For walks whose every text is read through session_point_id or
+// session_dimension_text, which move the cursor to the storage index and
+// refresh the texts themselves: a refresh here would be done twice.
+std::int64_t id_spec_step(IdSpec& spec, std::uint8_t first_inc, std::uint8_t second_inc,
+                          std::uint8_t third_inc, std::int32_t walk_pattern,
+                          std::int32_t file_type, std::uint8_t fourth_inc);
 
 // One step of the walk with the texts refreshed; the new storage index.
 std::int64_t id_spec_advance(IdSpec& spec, std::uint8_t first_inc, std::uint8_t second_inc,

@@ -43,10 +43,13 @@ bool note_cell_text(const DlSession& session, std::uint32_t mask, char* out, std
 
 }  // namespace
 
-int print_thickness_cell(const ReadingRecord& reading, CsvSink& sink, int comma, int layout,
+void thickness_cell_text(ThicknessCell& cell, const ReadingRecord& reading, int comma, int layout,
                          std::uint32_t meas_mode, int velocity_cell) {
-    if (record_type(reading) == RECORD_EMPTY) return comma == 1 ? csv_write(",", sink) : 1;
-
+    if (record_type(reading) == RECORD_EMPTY) {
+        cell[0] = comma == 1 ? ',' : '\0';
+        cell[1] = '\0';
+        return;
+    }
     std::array<char, NUMBER_TEXT_SIZE> text{};
     if (los(reading) != 0) {
         format_text_bounded(text.data(), text.size(), "%s", layout == LAYOUT_PRECISION ? "-.---" : "--.---");
@@ -56,8 +59,14 @@ int print_thickness_cell(const ReadingRecord& reading, CsvSink& sink, int comma,
         format_thickness(text.data(), text.size(), thickness_length(reading), units(reading), resolution(reading),
                          static_cast<DigitLayout>(layout), 0, meas_mode);
     }
-    std::array<char, NUMBER_TEXT_SIZE + 1> cell{};
     format_text_bounded(cell.data(), cell.size(), comma == 1 ? "%s," : "%s", text.data());
+}
+
+int print_thickness_cell(const ReadingRecord& reading, CsvSink& sink, int comma, int layout,
+                         std::uint32_t meas_mode, int velocity_cell) {
+    if (record_type(reading) == RECORD_EMPTY) return comma == 1 ? csv_write(",", sink) : 1;
+    ThicknessCell cell{};
+    thickness_cell_text(cell, reading, comma, layout, meas_mode, velocity_cell);
     return csv_write(cell.data(), sink);
 }
 

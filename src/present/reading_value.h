@@ -5,6 +5,7 @@
 // to its own row writer (present/flaw_row.h).
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "file/session.h"
@@ -37,6 +38,11 @@ int print_reading_value(const DlSession& session, const ReadingRecord& reading, 
 // marker ("--.---", "-.---" under LAYOUT_PRECISION), the velocity text, or
 // the thickness; with comma 1 a "," follows. Always 1.
 int print_thickness_cell(const ReadingRecord& reading, CsvSink& sink, int comma, int layout,
+                         std::uint32_t meas_mode, int velocity_cell);
+
+// The text that print_thickness_cell writes, into `cell`.
+using ThicknessCell = std::array<char, NUMBER_TEXT_SIZE + 1>;
+void thickness_cell_text(ThicknessCell& cell, const ReadingRecord& reading, int comma, int layout,
                          std::uint32_t meas_mode, int velocity_cell);
 
 }  // namespace ugf

@@ -41,8 +41,12 @@ std::uint64_t slot_capacity(DlSession& session) {
     return size > first ? (size - first + slot - 1) / slot : 0;
 }
 
-int read_record_head(DlSession& session, ReadingRecord& record, std::uint64_t offset) {
-    FieldRun f{session.stream, offset};
+namespace {
+
+// The fields of a record head from a run of reads (FieldRun on the file, or
+// HeadBytes on bytes already read), by the record type and the instrument.
+template <typename Run>
+int fill_record_head(const DlSession& session, ReadingRecord& record, Run& f) {
     record.word0 = f.u32(0);
     if (f.ok == 0) return 0;
     const std::uint32_t type = record_type(record);
@@ -66,6 +70,33 @@ int read_record_head(DlSession& session, ReadingRecord& record, std::uint64_t of
         record.word3 = f.u32(12);
     }
     return f.ok;
+}
+
+// The big-endian fields of a whole record head that lay in one page.
+struct HeadBytes {
+    std::array<std::uint8_t, RECORD_SIZE> bytes{};
+    int ok = 1;
+
+    std::uint16_t u16(std::size_t at) const {
+        return static_cast<std::uint16_t>((bytes[at] << 8) | bytes[at + 1]);
+    }
+    std::uint32_t u32(std::size_t at) const {
+        return (static_cast<std::uint32_t>(u16(at)) << 16) | u16(at + 2);
+    }
+};
+
+}  // namespace
+
+int read_record_head(DlSession& session, ReadingRecord& record, std::uint64_t offset) {
+    // The usual record lies inside one page that the file fills: all its
+    // fields at once. Anything else reads field by field, with the error
+    // lines and the stop at the first failed field of such reads.
+    HeadBytes head;
+    if (read_in_page(session.stream, offset, head.bytes.data(), head.bytes.size()) == 1) {
+        return fill_record_head(session, record, head);
+    }
+    FieldRun f{session.stream, offset};
+    return fill_record_head(session, record, f);
 }
 
 void make_velocity_text(std::uint32_t velocity, std::uint32_t units) {

@@ -1,0 +1,53 @@
+// The pieces of one CSV row, gathered into one buffer and handed to
+// csv_write at once instead of piece by piece.
+//
+// csv_write halves every "%%" of the text it is given. Gathering must not
+// change what that pass sees: two pieces side by side could make a "%%" out
+// of two lone "%", so only pieces without any "%" are gathered; a piece that
+// holds one is written on its own, right after what was gathered before it.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+
+#include "run/console.h"
+
+namespace ugf {
+
+struct CsvRow {
+    static constexpr std::size_t CAPACITY = 512;
+
+    CsvSink& sink;
+    std::array<char, CAPACITY> text;  // only the first `used` characters are read
+    std::size_t used = 0;
+    int written = 1;  // 0 once a write gave 0
+
+    explicit CsvRow(CsvSink& s) : sink(s) {}
+
+    // Writes what was gathered.
+    void flush() {
+        if (used != 0 && csv_write(std::string_view(text.data(), used), sink) == 0) written = 0;
+        used = 0;
+    }
+
+    void add(std::string_view piece) {
+        if (std::memchr(piece.data(), '%', piece.size()) != nullptr || piece.size() > CAPACITY) {
+            flush();
+            if (csv_write(piece, sink) == 0) written = 0;
+            return;
+        }
+        if (piece.size() > CAPACITY - used) flush();
+        std::memcpy(text.data() + used, piece.data(), piece.size());
+        used += piece.size();
+    }
+
+    // Writes the rest; 1, or 0 when any write gave 0.
+    int finish() {
+        flush();
+        return written;
+    }
+};
+
+}  // namespace ugf
