@@ -97,11 +97,11 @@ void run_carry(char* text, std::size_t end) {
 
 }  // namespace
 
-void id_spec_init_ranges(IdSpec& spec, const char* prefix, const char* const start[3],
+void id_spec_init_ranges(IdSpec& id_spec, const char* prefix, const char* const start[3],
                          const char* const end[3], const std::int32_t step[3]) {
-    copy_text(spec.prefix, prefix);
+    copy_text(id_spec.prefix, prefix);
     for (int d = 0; d < 3; ++d) {
-        IdDimension& dim = spec.dims[d];
+        IdDimension& dim = id_spec.dims[d];
         const char* start_text = start != nullptr ? start[d] : nullptr;
         const char* end_text = end != nullptr ? end[d] : nullptr;
         std::int32_t dim_step = step != nullptr ? step[d] : 0;
@@ -109,8 +109,8 @@ void id_spec_init_ranges(IdSpec& spec, const char* prefix, const char* const sta
         // only a damaged file holds it): the dimension is not in use.
         if (start_text == nullptr || start_text[0] == '\0' || dim_step == 0) {
             clear_dimension(dim);
-            spec.cursor.dim_size[d] = 0;
-            spec.cursor.dim_position[d] = 0;
+            id_spec.cursor.dim_size[d] = 0;
+            id_spec.cursor.dim_position[d] = 0;
             continue;
         }
         dim.step = dim_step;
@@ -119,32 +119,32 @@ void id_spec_init_ranges(IdSpec& spec, const char* prefix, const char* const sta
         std::int64_t difference = 0;
         // The size counts whole steps; the quotient of two values of at most
         // ID_VALUE_MAX by a non-zero 32-bit step can't overflow.
-        spec.cursor.dim_size[d] = id_text_subtract(dim.end_text, dim.start_text, &difference)
+        id_spec.cursor.dim_size[d] = id_text_subtract(dim.end_text, dim.start_text, &difference)
                                       ? difference / dim_step + 1
                                       : -1;
         copy_text(dim.current_text, dim.start_text);
-        spec.cursor.dim_position[d] =
+        id_spec.cursor.dim_position[d] =
             id_text_subtract(dim.current_text, dim.start_text, &difference)
                 ? difference / dim_step
                 : -1;
     }
 }
 
-void id_spec_init_manual(IdSpec& spec, const std::int64_t size[4], const std::int32_t step[4],
+void id_spec_init_manual(IdSpec& id_spec, const std::int64_t size[4], const std::int32_t step[4],
                          std::int32_t file_type) {
     static const char* const START[4] = {"S1", "S2", "S3", "S4"};
     static const char* const END[4] = {"E1", "E2", "E3", "E4"};
     int used = file_type == 10 ? 2 : file_type == 11 ? 3 : file_type == FILE_TYPE_4D_MANUAL ? 4 : 0;
-    spec.prefix[0] = '\0';
+    id_spec.prefix[0] = '\0';
     for (int d = 0; d < 4; ++d) {
-        IdDimension& dim = spec.dims[d];
+        IdDimension& dim = id_spec.dims[d];
         copy_text(dim.start_text, START[d]);
         copy_text(dim.end_text, END[d]);
         dim.current_text[0] = '\0';
         bool takes = d < used;
         dim.step = takes && step != nullptr ? step[d] : 0;
-        spec.cursor.dim_size[d] = takes && size != nullptr ? size[d] : 0;
-        spec.cursor.dim_position[d] = 0;
+        id_spec.cursor.dim_size[d] = takes && size != nullptr ? size[d] : 0;
+        id_spec.cursor.dim_position[d] = 0;
     }
 }
 
@@ -280,16 +280,16 @@ void id_dimension_refresh(IdDimension& dim, std::int32_t file_type, std::int64_t
     std::memcpy(memo.result, dim.current_text, ID_TEXT_SIZE);
 }
 
-void id_spec_refresh(IdSpec& spec, std::int32_t file_type) {
+void id_spec_refresh(IdSpec& id_spec, std::int32_t file_type) {
     for (int d = 0; d < 4; ++d) {
         // step x position wraps in 64 bits; only damaged positions get there.
-        auto step = static_cast<std::uint64_t>(static_cast<std::int64_t>(spec.dims[d].step));
-        std::uint64_t offset = step * static_cast<std::uint64_t>(spec.cursor.dim_position[d]);
-        id_dimension_refresh(spec.dims[d], file_type, static_cast<std::int64_t>(offset));
+        auto step = static_cast<std::uint64_t>(static_cast<std::int64_t>(id_spec.dims[d].step));
+        std::uint64_t offset = step * static_cast<std::uint64_t>(id_spec.cursor.dim_position[d]);
+        id_dimension_refresh(id_spec.dims[d], file_type, static_cast<std::int64_t>(offset));
     }
 }
 
-void id_spec_compose(const IdSpec& spec, char* out, int with_prefix, const LabelOp* label,
+void id_spec_compose(const IdSpec& id_spec, char* out, int with_prefix, const LabelOp* label,
                      const char* suffix, int suffix_dimension, std::int32_t file_type) {
     if (out == nullptr) return;
     out[0] = '\0';
@@ -300,13 +300,13 @@ void id_spec_compose(const IdSpec& spec, char* out, int with_prefix, const Label
     int highest = 2;
     if (file_type == FILE_TYPE_4D_MANUAL) {
         highest = 3;
-    } else if (with_prefix == 1 && spec.prefix[0] != '\0') {
-        n = append_at(out, n, spec.prefix);
+    } else if (with_prefix == 1 && id_spec.prefix[0] != '\0') {
+        n = append_at(out, n, id_spec.prefix);
     }
     for (int d = highest; d >= 0; --d) {
-        const IdDimension& dim = spec.dims[d];
+        const IdDimension& dim = id_spec.dims[d];
         if (dim.current_text[0] == '\0') continue;  // not in use, suffix included
-        auto position = static_cast<std::uint16_t>(spec.cursor.dim_position[d]);
+        auto position = static_cast<std::uint16_t>(id_spec.cursor.dim_position[d]);
         const char* text = dim.current_text;
         if (manual) {
             // The counted text of a manual dimension is never shown; without
@@ -320,14 +320,14 @@ void id_spec_compose(const IdSpec& spec, char* out, int with_prefix, const Label
     }
 }
 
-void id_spec_dimension_text(const IdSpec& spec, char* out, int dimension, std::int32_t file_type) {
+void id_spec_dimension_text(const IdSpec& id_spec, char* out, int dimension, std::int32_t file_type) {
     (void)file_type;
     if (out == nullptr) return;
     if (dimension < 0 || dimension > 3) {
         out[0] = '\0';
         return;
     }
-    copy_text(out, spec.dims[dimension].current_text);
+    copy_text(out, id_spec.dims[dimension].current_text);
 }
 
 const char* elevation_unit_text(std::int64_t elevation_unit) {
@@ -340,19 +340,19 @@ const char* elevation_unit_text(std::int64_t elevation_unit) {
     }
 }
 
-std::int64_t id_spec_step(IdSpec& spec, std::uint8_t first_inc, std::uint8_t second_inc,
+std::int64_t id_spec_step(IdSpec& id_spec, std::uint8_t first_inc, std::uint8_t second_inc,
                           std::uint8_t third_inc, std::int32_t walk_pattern,
                           std::int32_t file_type, std::uint8_t fourth_inc) {
-    cursor_walk(spec.cursor, first_inc, second_inc, third_inc, walk_pattern, file_type, fourth_inc);
-    return cursor_flat_index(spec.cursor);
+    cursor_walk(id_spec.cursor, first_inc, second_inc, third_inc, walk_pattern, file_type, fourth_inc);
+    return cursor_flat_index(id_spec.cursor);
 }
 
-std::int64_t id_spec_advance(IdSpec& spec, std::uint8_t first_inc, std::uint8_t second_inc,
+std::int64_t id_spec_advance(IdSpec& id_spec, std::uint8_t first_inc, std::uint8_t second_inc,
                              std::uint8_t third_inc, std::int32_t walk_pattern,
                              std::int32_t file_type, std::uint8_t fourth_inc) {
-    cursor_walk(spec.cursor, first_inc, second_inc, third_inc, walk_pattern, file_type, fourth_inc);
-    id_spec_refresh(spec, file_type);
-    return cursor_flat_index(spec.cursor);
+    cursor_walk(id_spec.cursor, first_inc, second_inc, third_inc, walk_pattern, file_type, fourth_inc);
+    id_spec_refresh(id_spec, file_type);
+    return cursor_flat_index(id_spec.cursor);
 }
 
 }  // namespace ugf

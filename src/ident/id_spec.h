@@ -57,24 +57,24 @@ struct LabelOp {
 };
 
 // Ranged dimensions 0, 1, 2 from start and end texts and steps.
-void id_spec_init_ranges(IdSpec& spec, const char* prefix, const char* const start[3],
+void id_spec_init_ranges(IdSpec& id_spec, const char* prefix, const char* const start[3],
                          const char* const end[3], const std::int32_t step[3]);
 
 // Manual dimensions: sizes are the label counts, texts "S1".."S4", "E1".."E4".
-void id_spec_init_manual(IdSpec& spec, const std::int64_t size[4], const std::int32_t step[4],
+void id_spec_init_manual(IdSpec& id_spec, const std::int64_t size[4], const std::int32_t step[4],
                          std::int32_t file_type);
 
 void id_dimension_refresh(IdDimension& dim, std::int32_t file_type, std::int64_t offset);
-void id_spec_refresh(IdSpec& spec, std::int32_t file_type);
+void id_spec_refresh(IdSpec& id_spec, std::int32_t file_type);
 
 // Joins the dimension texts (from the highest used one down) into out, which
 // holds ID_TEXT_SIZE bytes; longer results are cut to ID_TEXT_MAX characters.
 // label and suffix may be nullptr.
-void id_spec_compose(const IdSpec& spec, char* out, int with_prefix, const LabelOp* label,
+void id_spec_compose(const IdSpec& id_spec, char* out, int with_prefix, const LabelOp* label,
                      const char* suffix, int suffix_dimension, std::int32_t file_type);
 
 // current_text of the dimension into out (ID_TEXT_SIZE bytes).
-void id_spec_dimension_text(const IdSpec& spec, char* out, int dimension, std::int32_t file_type);
+void id_spec_dimension_text(const IdSpec& id_spec, char* out, int dimension, std::int32_t file_type);
 
 // "", "IN", "FT", "MM", "M" for 0 to 4; "" above.
 const char* elevation_unit_text(std::int64_t elevation_unit);
@@ -83,12 +83,12 @@ const char* elevation_unit_text(std::int64_t elevation_unit);
 // For walks whose every text is read through session_point_id or
 // session_dimension_text, which move the cursor to the storage index and
 // refresh the texts themselves: a refresh here would be done twice.
-std::int64_t id_spec_step(IdSpec& spec, std::uint8_t first_inc, std::uint8_t second_inc,
+std::int64_t id_spec_step(IdSpec& id_spec, std::uint8_t first_inc, std::uint8_t second_inc,
                           std::uint8_t third_inc, std::int32_t walk_pattern,
                           std::int32_t file_type, std::uint8_t fourth_inc);
 
 // One step of the walk with the texts refreshed; the new storage index.
-std::int64_t id_spec_advance(IdSpec& spec, std::uint8_t first_inc, std::uint8_t second_inc,
+std::int64_t id_spec_advance(IdSpec& id_spec, std::uint8_t first_inc, std::uint8_t second_inc,
                              std::uint8_t third_inc, std::int32_t walk_pattern,
                              std::int32_t file_type, std::uint8_t fourth_inc);
 

@@ -18,7 +18,7 @@ constexpr std::int32_t TYPE_2D_MANUAL = 10;
 constexpr std::int32_t TYPE_3D_MANUAL = 11;
 constexpr std::int32_t TYPE_4D_MANUAL = 12;
 
-// A ranged spec; dimensions given from 0 upward, absent ones get no start.
+// A ranged id_spec; dimensions given from 0 upward, absent ones get no start.
 IdSpec ranged(const char* prefix, std::vector<std::array<const char*, 2>> dims,
               std::vector<std::int32_t> steps) {
     const char* start[3] = {};
@@ -29,15 +29,15 @@ IdSpec ranged(const char* prefix, std::vector<std::array<const char*, 2>> dims,
         end[d] = dims[d][1];
         step[d] = steps[d];
     }
-    IdSpec spec;
-    id_spec_init_ranges(spec, prefix, start, end, step);
-    return spec;
+    IdSpec id_spec;
+    id_spec_init_ranges(id_spec, prefix, start, end, step);
+    return id_spec;
 }
 
-std::string text_at(IdSpec& spec, int dimension, std::int64_t position) {
-    spec.cursor.dim_position[dimension] = position;
-    id_spec_refresh(spec, TYPE_LINEAR);
-    return spec.dims[dimension].current_text;
+std::string text_at(IdSpec& id_spec, int dimension, std::int64_t position) {
+    id_spec.cursor.dim_position[dimension] = position;
+    id_spec_refresh(id_spec, TYPE_LINEAR);
+    return id_spec.dims[dimension].current_text;
 }
 
 TEST(IdSpecRanges, SizesAndTextsOfRanges) {
@@ -61,41 +61,41 @@ TEST(IdSpecRanges, SizesAndTextsOfRanges) {
         {"1", "8", 3, 3, {{0, "1"}, {2, "7"}}},  // a range that ends short of its end text
     };
     for (const Case& c : cases) {
-        IdSpec spec = ranged(nullptr, {{c.start, c.end}}, {c.step});
-        EXPECT_EQ(spec.cursor.dim_size[0], c.size) << c.start << " to " << c.end;
-        EXPECT_EQ(spec.cursor.dim_position[0], 0) << c.start << " to " << c.end;
+        IdSpec id_spec = ranged(nullptr, {{c.start, c.end}}, {c.step});
+        EXPECT_EQ(id_spec.cursor.dim_size[0], c.size) << c.start << " to " << c.end;
+        EXPECT_EQ(id_spec.cursor.dim_position[0], 0) << c.start << " to " << c.end;
         for (const auto& [position, text] : c.texts) {
-            EXPECT_EQ(text_at(spec, 0, position), text)
+            EXPECT_EQ(text_at(id_spec, 0, position), text)
                 << c.start << " to " << c.end << " at " << position;
         }
     }
 }
 
 TEST(IdSpecRanges, UnusedAndBrokenDimensions) {
-    IdSpec spec;
-    spec.dims[3].step = 5;
-    spec.cursor.dim_size[3] = 7;
+    IdSpec id_spec;
+    id_spec.dims[3].step = 5;
+    id_spec.cursor.dim_size[3] = 7;
     const char* start[3] = {"A1", "", nullptr};
     const char* end[3] = {"11", "B", "C"};
     std::int32_t step[3] = {1, 1, 1};
-    id_spec_init_ranges(spec, "ABCDEFGHIJKLMNOPQRSTUVWXYZ", start, end, step);
-    EXPECT_STREQ(spec.prefix, "ABCDEFGHIJKLMNOPQRST") << "cut to 20";
-    EXPECT_EQ(spec.cursor.dim_size[0], -1) << "end and start of different shape";
-    EXPECT_EQ(spec.cursor.dim_position[0], 0);
-    EXPECT_STREQ(spec.dims[0].current_text, "A1");
+    id_spec_init_ranges(id_spec, "ABCDEFGHIJKLMNOPQRSTUVWXYZ", start, end, step);
+    EXPECT_STREQ(id_spec.prefix, "ABCDEFGHIJKLMNOPQRST") << "cut to 20";
+    EXPECT_EQ(id_spec.cursor.dim_size[0], -1) << "end and start of different shape";
+    EXPECT_EQ(id_spec.cursor.dim_position[0], 0);
+    EXPECT_STREQ(id_spec.dims[0].current_text, "A1");
     for (int d : {1, 2}) {
-        EXPECT_EQ(spec.cursor.dim_size[d], 0) << d;
-        EXPECT_EQ(spec.dims[d].step, 0) << d;
-        EXPECT_STREQ(spec.dims[d].end_text, "") << d;
+        EXPECT_EQ(id_spec.cursor.dim_size[d], 0) << d;
+        EXPECT_EQ(id_spec.dims[d].step, 0) << d;
+        EXPECT_STREQ(id_spec.dims[d].end_text, "") << d;
     }
-    EXPECT_EQ(spec.dims[3].step, 5) << "dimension 3 is not touched";
-    EXPECT_EQ(spec.cursor.dim_size[3], 7);
+    EXPECT_EQ(id_spec.dims[3].step, 5) << "dimension 3 is not touched";
+    EXPECT_EQ(id_spec.cursor.dim_size[3], 7);
 
     // A failed difference at a refresh keeps the text.
-    spec.cursor.dim_position[0] = 3;
-    id_spec_refresh(spec, TYPE_LINEAR);
-    EXPECT_STREQ(spec.dims[0].current_text, "A1");
-    EXPECT_STREQ(spec.dims[1].current_text, "");
+    id_spec.cursor.dim_position[0] = 3;
+    id_spec_refresh(id_spec, TYPE_LINEAR);
+    EXPECT_STREQ(id_spec.dims[0].current_text, "A1");
+    EXPECT_STREQ(id_spec.dims[1].current_text, "");
 
     // A step of 0 (refused by the instrument) leaves the dimension unused.
     IdSpec zero = ranged("P", {{"A1", "A9"}}, {0});
@@ -123,8 +123,8 @@ TEST(IdSpecRanges, PositionsOutsideTheRangeGiveNoText) {
         {"0095", "0100", INT32_MAX, INT64_MAX, ""},  // a product that wraps
     };
     for (const Case& c : cases) {
-        IdSpec spec = ranged(nullptr, {{c.start, c.end}}, {c.step});
-        EXPECT_EQ(text_at(spec, 0, c.position), c.text) << c.start << " at " << c.position;
+        IdSpec id_spec = ranged(nullptr, {{c.start, c.end}}, {c.step});
+        EXPECT_EQ(text_at(id_spec, 0, c.position), c.text) << c.start << " at " << c.position;
     }
 }
 
@@ -136,30 +136,30 @@ TEST(IdSpecManual, LabelCountsAndPlaceholderTexts) {
         int used;
     } cases[] = {{TYPE_2D_MANUAL, 2}, {TYPE_3D_MANUAL, 3}, {TYPE_4D_MANUAL, 4}, {TYPE_3D, 0}};
     for (const Case& c : cases) {
-        IdSpec spec;
-        std::strcpy(spec.prefix, "OLD");
-        spec.cursor.dim_position = {1, 1, 1, 1};
-        id_spec_init_manual(spec, size, step, c.file_type);
-        EXPECT_STREQ(spec.prefix, "");
+        IdSpec id_spec;
+        std::strcpy(id_spec.prefix, "OLD");
+        id_spec.cursor.dim_position = {1, 1, 1, 1};
+        id_spec_init_manual(id_spec, size, step, c.file_type);
+        EXPECT_STREQ(id_spec.prefix, "");
         const char* starts[4] = {"S1", "S2", "S3", "S4"};
         const char* ends[4] = {"E1", "E2", "E3", "E4"};
         for (int d = 0; d < 4; ++d) {
-            EXPECT_STREQ(spec.dims[d].start_text, starts[d]);
-            EXPECT_STREQ(spec.dims[d].end_text, ends[d]);
-            EXPECT_EQ(spec.dims[d].step, d < c.used ? step[d] : 0) << c.file_type << " " << d;
-            EXPECT_EQ(spec.cursor.dim_size[d], d < c.used ? size[d] : 0) << c.file_type << " " << d;
-            EXPECT_EQ(spec.cursor.dim_position[d], 0);
+            EXPECT_STREQ(id_spec.dims[d].start_text, starts[d]);
+            EXPECT_STREQ(id_spec.dims[d].end_text, ends[d]);
+            EXPECT_EQ(id_spec.dims[d].step, d < c.used ? step[d] : 0) << c.file_type << " " << d;
+            EXPECT_EQ(id_spec.cursor.dim_size[d], d < c.used ? size[d] : 0) << c.file_type << " " << d;
+            EXPECT_EQ(id_spec.cursor.dim_position[d], 0);
         }
     }
     // The text of a manual dimension is its offset, only a mark of presence.
-    IdSpec spec;
-    id_spec_init_manual(spec, size, step, TYPE_3D_MANUAL);
-    spec.cursor.dim_position = {2, 1, 3, 4};
-    id_spec_refresh(spec, TYPE_3D_MANUAL);
-    EXPECT_STREQ(spec.dims[0].current_text, "2");
-    EXPECT_STREQ(spec.dims[1].current_text, "2");
-    EXPECT_STREQ(spec.dims[2].current_text, "9");
-    EXPECT_STREQ(spec.dims[3].current_text, "");
+    IdSpec id_spec;
+    id_spec_init_manual(id_spec, size, step, TYPE_3D_MANUAL);
+    id_spec.cursor.dim_position = {2, 1, 3, 4};
+    id_spec_refresh(id_spec, TYPE_3D_MANUAL);
+    EXPECT_STREQ(id_spec.dims[0].current_text, "2");
+    EXPECT_STREQ(id_spec.dims[1].current_text, "2");
+    EXPECT_STREQ(id_spec.dims[2].current_text, "9");
+    EXPECT_STREQ(id_spec.dims[3].current_text, "");
 }
 
 // Labels by dimension and position, recording what the compose asked for.
@@ -175,14 +175,14 @@ const char* label_of(void* context, std::uint16_t position, int dimension) {
     return position < row.size() ? row[position] : nullptr;
 }
 
-std::string compose(IdSpec& spec, std::int64_t index, std::int32_t file_type, int with_prefix,
+std::string compose(IdSpec& id_spec, std::int64_t index, std::int32_t file_type, int with_prefix,
                     const LabelOp* label = nullptr, const char* suffix = nullptr,
                     int suffix_dimension = 0) {
-    cursor_seek(spec.cursor, index);
-    id_spec_refresh(spec, file_type);
+    cursor_seek(id_spec.cursor, index);
+    id_spec_refresh(id_spec, file_type);
     char out[ID_TEXT_SIZE + 8];
     std::memset(out, '#', sizeof out);
-    id_spec_compose(spec, out, with_prefix, label, suffix, suffix_dimension, file_type);
+    id_spec_compose(id_spec, out, with_prefix, label, suffix, suffix_dimension, file_type);
     for (std::size_t i = ID_TEXT_SIZE; i < sizeof out; ++i) {
         EXPECT_EQ(out[i], '#') << "written past the text";
     }
@@ -191,8 +191,8 @@ std::string compose(IdSpec& spec, std::int64_t index, std::int32_t file_type, in
 
 TEST(IdSpecCompose, PrefixAndDimensionsFromTheHighest) {
     // Dimension 2 from A to C, 1 from 01 to 03, 0 from 1 to 2: 18 points.
-    IdSpec spec = ranged("T1-", {{"1", "2"}, {"01", "03"}, {"A", "C"}}, {1, 1, 1});
-    EXPECT_EQ(point_total_of(spec.cursor), 18u);
+    IdSpec id_spec = ranged("T1-", {{"1", "2"}, {"01", "03"}, {"A", "C"}}, {1, 1, 1});
+    EXPECT_EQ(point_total_of(id_spec.cursor), 18u);
     struct Case {
         std::int64_t index;
         const char* with_prefix;
@@ -202,21 +202,21 @@ TEST(IdSpecCompose, PrefixAndDimensionsFromTheHighest) {
         {9, "T1-B022", "B022"}, {17, "T1-C032", "C032"},
     };
     for (const Case& c : cases) {
-        EXPECT_EQ(compose(spec, c.index, TYPE_3D, 1), c.with_prefix) << c.index;
-        EXPECT_EQ(compose(spec, c.index, TYPE_3D, 0), c.without) << c.index;
+        EXPECT_EQ(compose(id_spec, c.index, TYPE_3D, 1), c.with_prefix) << c.index;
+        EXPECT_EQ(compose(id_spec, c.index, TYPE_3D, 0), c.without) << c.index;
     }
 }
 
 TEST(IdSpecCompose, LabelOfDimensionZeroAndSuffix) {
     // A boiler: tube 01 to 04, elevation 10 to 30 by 10, custom points.
-    IdSpec spec = ranged(nullptr, {{"1", "2"}, {"10", "30"}, {"01", "04"}}, {1, 10, 1});
+    IdSpec id_spec = ranged(nullptr, {{"1", "2"}, {"10", "30"}, {"01", "04"}}, {1, 10, 1});
     Labels labels{{{"NORTH", "SOUTH"}, {}, {}}, {}};
     LabelOp op{label_of, &labels};
-    EXPECT_EQ(compose(spec, 9, TYPE_BOILER, 1, &op, elevation_unit_text(2), 1), "0220FTSOUTH");
+    EXPECT_EQ(compose(id_spec, 9, TYPE_BOILER, 1, &op, elevation_unit_text(2), 1), "0220FTSOUTH");
     EXPECT_EQ(labels.asked, (std::vector<std::pair<int, int>>{{0, 1}}));
-    EXPECT_EQ(compose(spec, 9, TYPE_BOILER, 1, &op, elevation_unit_text(0), 1), "0220SOUTH");
-    EXPECT_EQ(compose(spec, 9, TYPE_BOILER, 1, &op, nullptr, 1), "0220SOUTH");
-    EXPECT_EQ(compose(spec, 9, TYPE_BOILER, 1, nullptr, "FT", 1), "0220FT2");
+    EXPECT_EQ(compose(id_spec, 9, TYPE_BOILER, 1, &op, elevation_unit_text(0), 1), "0220SOUTH");
+    EXPECT_EQ(compose(id_spec, 9, TYPE_BOILER, 1, &op, nullptr, 1), "0220SOUTH");
+    EXPECT_EQ(compose(id_spec, 9, TYPE_BOILER, 1, nullptr, "FT", 1), "0220FT2");
 
     // An unused suffix dimension takes its suffix with it.
     IdSpec gap = ranged(nullptr, {{"1", "2"}, {"", ""}, {"01", "04"}}, {1, 1, 1});
@@ -228,12 +228,12 @@ TEST(IdSpecCompose, LabelOfDimensionZeroAndSuffix) {
 
     // A label past its table gives no text; the position reaches the label
     // operation as its low 16 bits.
-    spec.cursor.dim_position = {65536 + 1, 0, 0, 0};
+    id_spec.cursor.dim_position = {65536 + 1, 0, 0, 0};
     labels.asked.clear();
-    id_spec_compose(spec, out, 1, &op, nullptr, 0, TYPE_BOILER);
+    id_spec_compose(id_spec, out, 1, &op, nullptr, 0, TYPE_BOILER);
     EXPECT_EQ(labels.asked, (std::vector<std::pair<int, int>>{{0, 1}}));
-    spec.cursor.dim_position[0] = 7;
-    id_spec_compose(spec, out, 1, &op, nullptr, 0, TYPE_BOILER);
+    id_spec.cursor.dim_position[0] = 7;
+    id_spec_compose(id_spec, out, 1, &op, nullptr, 0, TYPE_BOILER);
     EXPECT_STREQ(out, "0220");
 }
 
@@ -242,12 +242,12 @@ TEST(IdSpecCompose, ManualFilesShowLabelsOnly) {
     LabelOp op{label_of, &labels};
     const std::int64_t size[4] = {3, 2, 2, 2};
     const std::int32_t steps[4] = {1, 1, 1, 1};
-    IdSpec spec;
-    id_spec_init_manual(spec, size, steps, TYPE_4D_MANUAL);
-    std::strcpy(spec.prefix, "P");  // never shown in a 4D-MANUAL file
-    EXPECT_EQ(compose(spec, 23, TYPE_4D_MANUAL, 1, &op, "FT", 1), "TANK2BOTW3");
-    EXPECT_EQ(compose(spec, 0, TYPE_4D_MANUAL, 1, &op), "TANK1TOPE1");
-    EXPECT_EQ(compose(spec, 0, TYPE_4D_MANUAL, 1, nullptr), "") << "no labels, no text";
+    IdSpec id_spec;
+    id_spec_init_manual(id_spec, size, steps, TYPE_4D_MANUAL);
+    std::strcpy(id_spec.prefix, "P");  // never shown in a 4D-MANUAL file
+    EXPECT_EQ(compose(id_spec, 23, TYPE_4D_MANUAL, 1, &op, "FT", 1), "TANK2BOTW3");
+    EXPECT_EQ(compose(id_spec, 0, TYPE_4D_MANUAL, 1, &op), "TANK1TOPE1");
+    EXPECT_EQ(compose(id_spec, 0, TYPE_4D_MANUAL, 1, nullptr), "") << "no labels, no text";
 
     // A manual dimension with a step of 0 drops out.
     const std::int32_t gap_steps[4] = {1, 0, 1, 0};
@@ -261,26 +261,26 @@ TEST(IdSpecCompose, ManualFilesShowLabelsOnly) {
 }
 
 TEST(IdSpecCompose, LongIdentifiersAreCutTo20) {
-    IdSpec spec = ranged("ABCDEFGHIJKLMNOPQ-", {{"1", "2"}, {"01", "03"}, {"A", "C"}}, {1, 1, 1});
-    EXPECT_EQ(compose(spec, 17, TYPE_3D, 1), "ABCDEFGHIJKLMNOPQ-C0");
+    IdSpec id_spec = ranged("ABCDEFGHIJKLMNOPQ-", {{"1", "2"}, {"01", "03"}, {"A", "C"}}, {1, 1, 1});
+    EXPECT_EQ(compose(id_spec, 17, TYPE_3D, 1), "ABCDEFGHIJKLMNOPQ-C0");
     Labels labels{{{"A-VERY-LONG-CUSTOM-POINT-LABEL", "B"}, {}, {}}, {}};
     LabelOp op{label_of, &labels};
-    EXPECT_EQ(compose(spec, 0, TYPE_3D, 0, &op, "SUFFIX", 0), "A01A-VERY-LONG-CUSTO");
+    EXPECT_EQ(compose(id_spec, 0, TYPE_3D, 0, &op, "SUFFIX", 0), "A01A-VERY-LONG-CUSTO");
 }
 
 TEST(IdSpecText, DimensionTextsAndUnits) {
-    IdSpec spec = ranged(nullptr, {{"1", "2"}, {"10", "30"}}, {1, 10});
-    cursor_seek(spec.cursor, 5);
-    id_spec_refresh(spec, TYPE_2D);
+    IdSpec id_spec = ranged(nullptr, {{"1", "2"}, {"10", "30"}}, {1, 10});
+    cursor_seek(id_spec.cursor, 5);
+    id_spec_refresh(id_spec, TYPE_2D);
     char out[ID_TEXT_SIZE] = "junk";
-    id_spec_dimension_text(spec, out, 1, TYPE_2D);
+    id_spec_dimension_text(id_spec, out, 1, TYPE_2D);
     EXPECT_STREQ(out, "30");
-    id_spec_dimension_text(spec, out, 0, TYPE_2D);
+    id_spec_dimension_text(id_spec, out, 0, TYPE_2D);
     EXPECT_STREQ(out, "2");
-    id_spec_dimension_text(spec, out, 2, TYPE_2D);
+    id_spec_dimension_text(id_spec, out, 2, TYPE_2D);
     EXPECT_STREQ(out, "");
     std::strcpy(out, "junk");
-    id_spec_dimension_text(spec, out, 4, TYPE_2D);
+    id_spec_dimension_text(id_spec, out, 4, TYPE_2D);
     EXPECT_STREQ(out, "");
 
     const char* units[] = {"", "IN", "FT", "MM", "M", "", ""};
@@ -290,7 +290,7 @@ TEST(IdSpecText, DimensionTextsAndUnits) {
 
 TEST(IdSpecAdvance, WalksAndRefreshesTheTexts) {
     // Rows 1 to 3 (dimension 0) in columns A and B (dimension 1).
-    IdSpec spec = ranged(nullptr, {{"1", "3"}, {"A", "B"}}, {1, 1});
+    IdSpec id_spec = ranged(nullptr, {{"1", "3"}, {"A", "B"}}, {1, 1});
     struct Case {
         std::int32_t pattern;
         const char* ids;
@@ -299,13 +299,13 @@ TEST(IdSpecAdvance, WalksAndRefreshesTheTexts) {
         {WALK_ZIGZAG, "A2 A3 B3 B2 B1 A1", "1 2 5 4 3 0"},
     };
     for (const Case& c : cases) {
-        cursor_seek(spec.cursor, 0);
+        cursor_seek(id_spec.cursor, 0);
         std::string ids;
         std::string indices;
         for (int i = 0; i < 6; ++i) {
-            std::int64_t index = id_spec_advance(spec, 1, 2, 0, c.pattern, TYPE_2D, 0);
+            std::int64_t index = id_spec_advance(id_spec, 1, 2, 0, c.pattern, TYPE_2D, 0);
             char out[ID_TEXT_SIZE];
-            id_spec_compose(spec, out, 1, nullptr, nullptr, 0, TYPE_2D);
+            id_spec_compose(id_spec, out, 1, nullptr, nullptr, 0, TYPE_2D);
             if (i != 0) {
                 ids += ' ';
                 indices += ' ';
