@@ -82,19 +82,6 @@ TEST_F(ScanRead, SlotsWithoutBlocks) {
     }
 }
 
-TEST_F(ScanRead, EmptyAndZeroSlotsGiveZeroRecords) {
-    ImageBuilder image;
-    image.resize(test::slot_at(8, 3) + 37);
-    ImageSession s(image, 6, 24, 8);
-    ReadingRecord r{1, 2, 3, 4};
-    std::string console;
-    EXPECT_EQ(read_slot(s, 2, r, DETAILED, &console), 1);
-    EXPECT_EQ(r.word0 | r.word1 | r.word2 | r.word3, 0u);
-    EXPECT_EQ(read_slot(s, 3, r, DETAILED, &console), 1);
-    EXPECT_EQ(read_slot(s, 4, r, DETAILED, &console), 0) << "past the last slot of the file";
-    EXPECT_EQ(console, READ_ERROR);
-}
-
 ThicknessAscanImage thickness_scan() {
     ThicknessAscanImage a;
     a.head.thickness = 0x1E240;
@@ -104,28 +91,6 @@ ThicknessAscanImage thickness_scan() {
     a.marker1 = 100;
     a.marker2 = -200;
     return a;
-}
-
-TEST_F(ScanRead, ThicknessAscanBehindALink) {
-    // The dumps of whole files show every field; here only the link, the
-    // range split over two words, a signed field and the sample arrays.
-    for (int mode : {DETAILED, GRID}) {
-        ImageBuilder image;
-        test::write_slot(image, 0, 1, test::link_record(2, BLOCK, 0x00000123));
-        const ThicknessAscanImage a = thickness_scan();
-        test::write_ascan_thickness(image, BLOCK, a);
-        ImageSession s(image, 5);
-        ReadingRecord r;
-        std::string console;
-        ASSERT_EQ(read_slot(s, 1, r, mode, &console), 1);
-        EXPECT_EQ(console, "");
-        EXPECT_EQ(link(r), BLOCK);
-        EXPECT_EQ(raw_thickness(store.ascan.head), 0x1E240u);
-        EXPECT_EQ(store.ascan.range, 65538u) << "range_hi 1, range_lo 2";
-        EXPECT_EQ(store.ascan.marker2, -200);
-        EXPECT_EQ(store.min_samples[2], 30);
-        EXPECT_EQ(store.max_samples[2], 3000);
-    }
 }
 
 TEST_F(ScanRead, ThicknessAscanSampleCountLimits) {
@@ -183,27 +148,6 @@ FlawAscanImage flaw_scan() {
     a.gate1_amplitude = 0x0101;
     a.gate2_mti = 0x0404;
     return a;
-}
-
-TEST_F(ScanRead, FlawAscanWaveformPairsAndUnreadWords) {
-    ImageBuilder image;
-    test::write_slot(image, 0, 0, test::link_record(2, BLOCK));
-    const FlawAscanImage a = flaw_scan();
-    test::write_ascan_flaw(image, BLOCK, a);
-    ImageSession s(image, 7, 9);
-    ReadingRecord r;
-    std::string console;
-    ASSERT_EQ(read_slot(s, 0, r, GRID, &console), 1);
-    const AscanRecord& got = store.ascan;
-    EXPECT_EQ(got.head.word0, test::flaw_ascan_word0(a));
-    EXPECT_EQ(got.head.word1 | got.head.word2 | got.head.word3, 0u) << "bytes 4 to 15 are not read";
-    EXPECT_EQ(got.box_value[2], 0x33333333u);
-    EXPECT_EQ(got.sample_count, 4);
-    for (std::size_t i = 0; i < 4; ++i) {
-        EXPECT_EQ(store.max_samples[i], a.max_samples[i]) << "the first byte of a pair is the maximum";
-        EXPECT_EQ(store.min_samples[i], a.min_samples[i]);
-    }
-    EXPECT_EQ(got.gate2_mti, 0x0404);
 }
 
 TEST_F(ScanRead, FlawAscanGateFieldsFromVersionNine) {
@@ -335,22 +279,6 @@ TEST_F(ScanRead, BytePairsSwapAndAnOddCountReadsOneMore) {
     EXPECT_EQ(console, READ_ERROR) << "the sixth byte is past the end";
     console = console_of([&] { EXPECT_EQ(read_byte_pairs(s.session.stream, 0, samples, 321), 0); });
     EXPECT_EQ(console, "") << "a count beyond the store reads nothing";
-}
-
-TEST_F(ScanRead, DacPointsAreAlwaysAllTwentyFive) {
-    ImageBuilder image;
-    for (std::uint32_t i = 0; i < 25; ++i) image.u16(4 * i, i + 1).u16(4 * i + 2, 0);
-    image.u16(98, 511);
-    ImageSession s(image, 7);
-    DacPointStore points{};
-    ASSERT_EQ(read_dac_points(s.session.stream, 0, points), 1);
-    EXPECT_EQ(points[0].dac_count, 1) << "an amplitude of 0 doesn't end the read";
-    EXPECT_EQ(points[24].dac_count, 25);
-    EXPECT_EQ(points[24].dac_amplitude, 511);
-    image.resize(99);
-    ImageSession cut(image, 7);
-    std::string console = console_of([&] { EXPECT_EQ(read_dac_points(cut.session.stream, 0, points), 0); });
-    EXPECT_EQ(console, READ_ERROR);
 }
 
 TEST_F(ScanRead, ValuesBeyondANewBlockKeepWhatAnEarlierOneStored) {
@@ -526,72 +454,6 @@ TEST_F(ScanRead, BscanPointCountAndStoreSize) {
             EXPECT_EQ(bscan_point(store, 9999).second, 0x5A00) << c.name;
             const BscanPoint beyond = bscan_point(store, 10000);
             EXPECT_EQ(beyond.first | beyond.second, 0) << "no point beyond the store";
-        }
-    }
-}
-
-TEST_F(ScanRead, GridOutputReadsOnlyTheBscanHead) {
-    ImageBuilder image;
-    test::write_slot(image, 0, 0, test::link_record(4, BLOCK));
-    BscanImage b;
-    b.head = test::gauge_record({.record_type = 5, .thickness = 99});
-    b.points = {{.magnitude = 0x12345}};
-    test::write_bscan(image, BLOCK, b);
-    ImageSession s(image, 5);
-    ReadingRecord r;
-    std::string console;
-    ASSERT_EQ(read_slot(s, 0, r, GRID, &console), 1);
-    EXPECT_EQ(raw_thickness(store.bscan.head), 99u);
-    EXPECT_EQ(store.bscan.point_count, 0) << "the block's fields are not read";
-    EXPECT_EQ(bscan_point(store, 0).second, 0);
-    ASSERT_EQ(read_slot(s, 0, r, DETAILED, &console), 1);
-    EXPECT_EQ(store.bscan.point_count, 1);
-    EXPECT_EQ(bscan_point(store, 0).second, 0x2345);
-}
-
-TEST_F(ScanRead, EmbeddedAscanGoesToTheScratchStore) {
-    // A reading's own A-scan first, then a B-scan with an A-scan inside.
-    for (std::int32_t gage : {5, 7}) {
-        store = ScanStore{};
-        ImageBuilder image;
-        test::write_slot(image, 0, 0, test::link_record(2, OTHER_BLOCK));
-        test::write_slot(image, 0, 1, test::link_record(4, BLOCK));
-        BscanImage b;
-        b.ascan_follows = 1;
-        b.points = {{.magnitude = 5}};
-        test::write_bscan(image, BLOCK, b);
-        if (gage == 7) {
-            test::write_ascan_flaw(image, OTHER_BLOCK, flaw_scan());
-            FlawAscanImage inner = flaw_scan();
-            inner.max_samples = {55};
-            inner.min_samples = {66};
-            inner.dac_stored = 1;
-            inner.peak_stored = 1;
-            inner.dac_points = {{1, 2}};
-            inner.peak_bytes = {0x31, 0x32};
-            test::write_ascan_flaw(image, BLOCK + 76, inner);
-        } else {
-            test::write_ascan_thickness(image, OTHER_BLOCK, thickness_scan());
-            ThicknessAscanImage inner = thickness_scan();
-            inner.min_samples = {66};
-            inner.max_samples = {55};
-            test::write_ascan_thickness(image, BLOCK + 76, inner);
-        }
-        ImageSession s(image, gage, 9);
-        ReadingRecord r;
-        std::string console;
-        ASSERT_EQ(read_slot(s, 0, r, DETAILED, &console), 1) << gage;
-        ASSERT_EQ(read_slot(s, 1, r, DETAILED, &console), 1) << gage;
-        EXPECT_EQ(store.scratch.ascan.sample_count, 1) << gage;
-        EXPECT_EQ(store.scratch.max_samples[0], 55) << gage;
-        EXPECT_EQ(store.scratch.min_samples[0], 66) << gage;
-        EXPECT_EQ(store.ascan.sample_count, gage == 7 ? 4 : 3) << gage << ": the reading's A-scan stays";
-        EXPECT_NE(store.max_samples[0], 55) << gage;
-        EXPECT_EQ(point_lo(bscan_point(store, 0)), 5u);
-        if (gage == 7) {
-            EXPECT_EQ(store.scratch.dac_points[0].dac_count, 0) << "embedded DAC points are not read";
-            EXPECT_EQ(store.scratch.peak_samples[0], 0x32) << "its peak data are, at 720";
-            EXPECT_EQ(store.dac_points[0].dac_count, 0);
         }
     }
 }
