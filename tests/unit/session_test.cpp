@@ -48,69 +48,6 @@ SurveyHeader three_d_header() {
     return h;
 }
 
-TEST(SessionOpen, SetupsInTheLayoutOfTheGageType) {
-    for (std::uint32_t file_type : {2u, 11u}) {
-        for (std::uint32_t gage : {5u, 6u, 7u, 8u}) {
-            SurveyHeader h;
-            h.file_type = file_type;
-            h.gage_type = gage;
-            if (file_type == 11) {
-                test::set_manual_labels(h, {{"1"}, {"A"}, {"X"}});
-            } else {
-                test::set_ranges(h, {{"1", "5"}, {"A", "B"}});
-            }
-            ImageBuilder image = test::survey_image(h);
-            for (int entry : {0, 31}) {
-                if (gage == 7) {
-                    test::write_flaw_setup(image, file_type, entry,
-                                           {.velocity = 232000u + static_cast<std::uint32_t>(entry), .api_k_factor = 5000});
-                } else {
-                    test::GaugeSetupImage g;
-                    g.velocity = 0x00012345u + static_cast<std::uint32_t>(entry);
-                    g.setup_name = "SETUP " + std::to_string(entry);
-                    test::write_gauge_setup(image, file_type, entry, g);
-                }
-            }
-            Opened o(image);
-            ASSERT_EQ(o.result, 1) << file_type << " " << gage;
-            for (int entry : {0, 31}) {
-                const SetupRecord& r = o.session.setups[static_cast<std::size_t>(entry)];
-                if (gage == 7) {
-                    EXPECT_EQ(r.flaw.velocity, 232000u + static_cast<std::uint32_t>(entry));
-                    EXPECT_EQ(r.flaw.setup_present, 1u);
-                    EXPECT_EQ(r.flaw.api_k_factor, 0.5);
-                    EXPECT_EQ(r.gauge.setup_present, 0u);
-                } else {
-                    EXPECT_EQ(r.gauge.velocity, 0x00012345u + static_cast<std::uint32_t>(entry));
-                    EXPECT_EQ(std::string(r.gauge.setup_name), "SETUP " + std::to_string(entry));
-                    EXPECT_EQ(r.gauge.setup_present, 1u);
-                    EXPECT_EQ(r.flaw.setup_present, 0u);
-                }
-            }
-            EXPECT_EQ(o.session.setups[1].gauge.setup_present | o.session.setups[1].flaw.setup_present, 0u);
-        }
-    }
-}
-
-TEST(SessionOpen, AFailedSetupLoadLeavesTheEntriesBehindZero) {
-    SurveyHeader h;
-    h.gage_type = 6;
-    ImageBuilder image = test::survey_image(h);
-    for (int entry = 0; entry < 32; ++entry) test::write_gauge_setup(image, 0, entry, {});
-    image.resize(test::setup_entry_at(0, 5) + 0x40);
-    test::ScratchDir dir;
-    image.save(dir.file("s.ugf"));
-    DlSession session;
-    ASSERT_EQ(dl_open(session.stream, dir.file("s.ugf").c_str()), 1);
-    session.gage_type = 6;
-    std::string console = console_of([&] { EXPECT_EQ(load_setup_table(session), 0); });
-    EXPECT_EQ(console, READ_ERROR);
-    EXPECT_EQ(session.setups[4].gauge.setup_present, 1u);
-    EXPECT_EQ(session.setups[5].gauge.setup_present, 1u) << "read before the failure";
-    EXPECT_EQ(session.setups[6].gauge.setup_present, 0u);
-    dl_close(session.stream);
-}
-
 TEST(SessionOpen, NotesAreCutToThirtyAndALongNoteRunsIntoTheNextRow) {
     struct Case {
         const char* name;
@@ -165,36 +102,6 @@ TEST(SessionOpen, LastNoteOfThirtyTwoRunsIntoTheRecordTable) {
     Opened o(image);
     EXPECT_EQ(o.result, 0);
     EXPECT_EQ(o.console, READ_ERROR) << "the terminator would be the first byte past the end";
-}
-
-TEST(SessionOpen, ManualLabelsLoadForTheDimensionsOfTheType) {
-    // The worked "4D-MANUAL" survey: index 23 is TANK2, BOT, W, 3.
-    SurveyHeader h;
-    h.file_type = 12;
-    h.current_index = 23;
-    h.c0 = 1;
-    h.c1 = 1;
-    h.c2 = 3;
-    h.c3 = 5;
-    h.fourth_inc = 4;
-    test::set_manual_labels(h, {{"1", "2", "3"}, {"E", "W"}, {"TOP", "BOT"}, {"TANK1", "TANK2"}});
-    h.steps = {1, 1, 1, 1};
-    Opened o(test::survey_image(h));
-    ASSERT_EQ(o.result, 1);
-    DlSession& s = o.session;
-    EXPECT_EQ(s.id_spec.cursor.dim_size[0], 3);
-    EXPECT_EQ(s.id_spec.cursor.dim_size[3], 2);
-    EXPECT_EQ(s.id_spec.cursor.dim_position[0], 2);
-    EXPECT_EQ(s.id_spec.cursor.dim_position[1], 1);
-    EXPECT_EQ(s.id_spec.cursor.dim_position[2], 1);
-    EXPECT_EQ(s.id_spec.cursor.dim_position[3], 1);
-    EXPECT_EQ(s.fourth_inc, 4);
-    EXPECT_STREQ(s.dim_label_table[3][1], "TANK2");
-    EXPECT_STREQ(s.dim_label_table[0][2], "3");
-    const LabelOp labels = manual_label_op(s);
-    char id[ID_TEXT_SIZE];
-    id_spec_compose(s.id_spec, id, 1, &labels, nullptr, 0, 12);
-    EXPECT_STREQ(id, "TANK2BOTW3");
 }
 
 TEST(SessionOpen, ManualTypesLoadOnlyTheirOwnDimensions) {
@@ -369,22 +276,6 @@ TEST(SessionOpen, TextFieldsWithoutTerminatorFailSilently) {
         EXPECT_EQ(o.result, c.ok) << c.name;
         EXPECT_EQ(o.console, "") << c.name;
     }
-}
-
-TEST(SessionOpen, MissingFileAndReopening) {
-    DlSession session;
-    test::ScratchDir dir;
-    EXPECT_EQ(open_datalogger_session(session, dir.file("none.ugf").c_str()), 0);
-    EXPECT_EQ(session.stream.file, nullptr);
-
-    SurveyHeader h = three_d_header();
-    test::survey_image(h).save(dir.file("a.ugf"));
-    h.description = "SECOND";
-    test::survey_image(h).save(dir.file("b.ugf"));
-    ASSERT_EQ(open_datalogger_session(session, dir.file("a.ugf").c_str()), 1);
-    ASSERT_EQ(open_datalogger_session(session, dir.file("b.ugf").c_str()), 1);
-    EXPECT_STREQ(session.description, "SECOND");
-    dl_close(session.stream);
 }
 
 TEST(LabelOperations, CustomPointLabelsFromTheHeader) {
