@@ -38,67 +38,6 @@ std::string console_of(Read read) {
     return testing::internal::GetCapturedStdout();
 }
 
-TEST(SlotGeometry, FirstSlotAndSizeByFileType) {
-    struct Case {
-        std::int32_t file_type;
-        std::int64_t index;
-        std::uint64_t offset;
-    } cases[] = {
-        {0, 0, 5376},   {8, 0, 5376},   {10, 0, 13376},  // index 0 of LINEAR, MANUAL, 2D-MANUAL
-        {0, 3, 5424},   {8, 3, 5487},   {10, 3, 13424},  // index 3 of the same
-        {9, 2, 5450},   {11, 2, 13408}, {12, 5, 13456},
-        {1, 10, 5536},  {5, 1, 5392},   {6, 1, 5392},    {7, 1, 5392},
-        {13, 1, 5392},  {-1, 1, 5392},  {200, 2, 5408},  // unknown types take the standard slots
-        // 32-bit arithmetic: the index's low 32 bits count and the product wraps.
-        {0, 0x10000000, 5376},
-        {0, 0xFFFFFFFF, 5360},
-        {8, 0x100000002LL, 5450},
-    };
-    for (const Case& c : cases) {
-        DlSession session;
-        session.file_type = c.file_type;
-        EXPECT_EQ(reading_slot_offset(session, c.index), c.offset) << c.file_type << " " << c.index;
-    }
-}
-
-TEST(RecordHead, WhatEachTypeReadsInEachGageFamily) {
-    // word0's low bits, and bytes 4 to 15 all set, so that any field read
-    // shows up in the record.
-    const test::RecordImage stored{0x0ABCDEF1, 0x11121314, 0x21222324, 0x31323334};
-    struct Expected {
-        std::uint32_t word1, word2, word3;
-    };
-    const Expected nothing{0, 0, 0};
-    const Expected link_only{0x11121314, 0, 0};
-    // The measurement layout reads thick_lo (bytes 4, 5) and note_mask (6, 7)
-    // as two u16: note_mask is the high half of word1.
-    const Expected measurement{0x13141112, 0x21222324, 0x31323334};
-    const Expected three_words{0x11121314, 0x21222324, 0x31323334};
-    const Expected gauge[8] = {nothing, measurement, link_only, measurement,
-                               link_only, measurement, nothing, nothing};
-    const Expected flaw[8] = {nothing, three_words, link_only, nothing,
-                              link_only, three_words, nothing, nothing};
-    const std::int32_t gage_types[] = {5, 6, 0, 9, 7};
-    for (std::int32_t gage : gage_types) {
-        for (std::uint32_t type = 0; type < 8; ++type) {
-            ImageBuilder image;
-            test::RecordImage r = stored;
-            r.word0 |= type << 29;
-            test::write_record(image, 100, r);
-            ImageSession s(image, gage);
-            ReadingRecord record;
-            std::string console = console_of([&] { EXPECT_EQ(read_record_head(s.session, record, 100), 1); });
-            const Expected& e = gage == 7 ? flaw[type] : gauge[type];
-            EXPECT_EQ(console, "");
-            EXPECT_EQ(record.word0, r.word0) << gage << " " << type;
-            EXPECT_EQ(record_type(record), type);
-            EXPECT_EQ(record.word1, e.word1) << gage << " " << type;
-            EXPECT_EQ(record.word2, e.word2) << gage << " " << type;
-            EXPECT_EQ(record.word3, e.word3) << gage << " " << type;
-        }
-    }
-}
-
 TEST(RecordHead, EndOfFileInsideTheFieldsTheTypeAsksFor) {
     struct Case {
         std::int32_t gage;
