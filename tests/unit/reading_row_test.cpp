@@ -27,20 +27,6 @@ std::string csv_of(const test::ScratchDir& dir, Write write, int result = 1) {
     return test::read_file(dir.file("out.csv")).value_or("<no file>");
 }
 
-TEST(ColumnTitles, OneRowForEachInstrument) {
-    test::ScratchDir dir;
-    const auto titles = [&](std::int32_t gage, int result) {
-        return csv_of(dir, [&](CsvSink& sink) { return write_column_titles(gage, sink); }, result);
-    };
-    EXPECT_EQ(titles(5, 1), "\nID,THICKNESS,UNITS,ALARM,DIFF,GAIN,FAST,NOTE #,SETUP #,MEAS MODE,B SCAN,A SCAN,"
-                            "MEASUREMENT,TYPE,MEASUREMENT,TYPE,MEASUREMENT,TYPE\n");
-    EXPECT_EQ(titles(6, 1), "\nID,THICKNESS,UNITS,ALARM,FAST,NOTE #,SETUP #,B SCAN,A SCAN,"
-                            "MEASUREMENT,TYPE,MEASUREMENT,TYPE,MEASUREMENT,TYPE\n");
-    EXPECT_EQ(titles(7, 1), "\nID,UNITS,MEAS BOX 1,VALUE,MEAS BOX 2,VALUE,MEAS BOX 3,VALUE,SETUP,NOTES,"
-                            "A SCAN,B SCAN,GATE1 ALARM,GATE2 ALARM\n");
-    EXPECT_EQ(titles(9, 0), "");
-}
-
 // The setup fields that a row reads.
 struct RowSetup {
     std::uint32_t diff_type = 0, units = 0, resolution = 0, diff_reference = 0;
