@@ -189,24 +189,6 @@ std::string compose(IdSpec& id_spec, std::int64_t index, std::int32_t file_type,
     return out;
 }
 
-TEST(IdSpecCompose, PrefixAndDimensionsFromTheHighest) {
-    // Dimension 2 from A to C, 1 from 01 to 03, 0 from 1 to 2: 18 points.
-    IdSpec id_spec = ranged("T1-", {{"1", "2"}, {"01", "03"}, {"A", "C"}}, {1, 1, 1});
-    EXPECT_EQ(point_total_of(id_spec.cursor), 18u);
-    struct Case {
-        std::int64_t index;
-        const char* with_prefix;
-        const char* without;
-    } cases[] = {
-        {0, "T1-A011", "A011"}, {1, "T1-A012", "A012"}, {2, "T1-A021", "A021"},
-        {9, "T1-B022", "B022"}, {17, "T1-C032", "C032"},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(compose(id_spec, c.index, TYPE_3D, 1), c.with_prefix) << c.index;
-        EXPECT_EQ(compose(id_spec, c.index, TYPE_3D, 0), c.without) << c.index;
-    }
-}
-
 TEST(IdSpecCompose, LabelOfDimensionZeroAndSuffix) {
     // A boiler: tube 01 to 04, elevation 10 to 30 by 10, custom points.
     IdSpec id_spec = ranged(nullptr, {{"1", "2"}, {"10", "30"}, {"01", "04"}}, {1, 10, 1});
@@ -286,36 +268,6 @@ TEST(IdSpecText, DimensionTextsAndUnits) {
     const char* units[] = {"", "IN", "FT", "MM", "M", "", ""};
     for (std::int64_t u = 0; u <= 6; ++u) EXPECT_STREQ(elevation_unit_text(u), units[u]) << u;
     EXPECT_STREQ(elevation_unit_text(-1), "");
-}
-
-TEST(IdSpecAdvance, WalksAndRefreshesTheTexts) {
-    // Rows 1 to 3 (dimension 0) in columns A and B (dimension 1).
-    IdSpec id_spec = ranged(nullptr, {{"1", "3"}, {"A", "B"}}, {1, 1});
-    struct Case {
-        std::int32_t pattern;
-        const char* ids;
-        const char* indices;
-    } cases[] = {
-        {WALK_ZIGZAG, "A2 A3 B3 B2 B1 A1", "1 2 5 4 3 0"},
-    };
-    for (const Case& c : cases) {
-        cursor_seek(id_spec.cursor, 0);
-        std::string ids;
-        std::string indices;
-        for (int i = 0; i < 6; ++i) {
-            std::int64_t index = id_spec_advance(id_spec, 1, 2, 0, c.pattern, TYPE_2D, 0);
-            char out[ID_TEXT_SIZE];
-            id_spec_compose(id_spec, out, 1, nullptr, nullptr, 0, TYPE_2D);
-            if (i != 0) {
-                ids += ' ';
-                indices += ' ';
-            }
-            ids += out;
-            indices += std::to_string(index);
-        }
-        EXPECT_EQ(ids, c.ids) << c.pattern;
-        EXPECT_EQ(indices, c.indices) << c.pattern;
-    }
 }
 
 }  // namespace
