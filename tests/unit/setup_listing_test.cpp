@@ -18,6 +18,16 @@ namespace {
 
 using test::GaugeSetupImage;
 
+const std::string CORROSION_TITLES =
+    "\nSETUP #,UNITS,VELOCITY,COATING VELOCITY,DIFF TYPE,DIFF REF,ALARM TYPE,LOW ALARM,HIGH ALARM,ALARM %,"
+    "BS RANGE,GAIN,TRANSDUCER,MB_BLANK,IF_BLANK,BS RESOLUTION,TEMPERATURE COMPENSATION,"
+    "TEMPERATURE COEFFICIENT,TEMPERATURE CALIBRATION,COATING THICKNESS,MEASUREMENT TYPE";
+const std::string PRECISION_TITLES =
+    "\nSETUP #,NAME,MEAS MODE,UNITS,VELOCITY,ZERO,DIFF TYPE,DIFF REF,ALARM TYPE,LOW ALARM,HIGH ALARM,"
+    "ALARM %,BS RANGE,INITIAL GAIN,FINAL GAIN,SLOPE,TRANSDUCER,TRANSDUCER FREQUENCY,MB_BLANK,IF_BLANK,"
+    "C3_BLANK,ECHO WINDOW,ECHO 1 DETECTION,ECHO 2 DETECTION,PULSER POWER,BS RESOLUTION,"
+    "TEMPERATURE COMPENSATION,TEMPERATURE COEFFICIENT,TEMPERATURE CALIBRATION,AUTO PHASE DETECT";
+
 // The listing of a file of `gage` and `version` whose entries hold `setups`.
 template <typename Setup>
 test::CsvText listing_of(std::uint32_t gage, std::uint32_t version,
@@ -43,6 +53,54 @@ std::string row_of(std::uint32_t gage, const GaugeSetupImage& setup) {
     const test::CsvText csv = listing_of<GaugeSetupImage>(gage, 24, {{0, setup}});
     EXPECT_EQ(csv.result, 1);
     return csv.text.substr(csv.text.find('\n', 1) + 1);
+}
+
+TEST(SetupListing, TitleRowByGageTypeAndVersion) {
+    struct Case {
+        std::uint32_t gage;
+        std::uint32_t version;
+        std::string expected;
+    } cases[] = {
+        {5, 20, CORROSION_TITLES + "\n"},
+        {5, 19, CORROSION_TITLES + ",BSCAN DIRECTION\n"},
+        {6, 24, PRECISION_TITLES + "\n"},
+        {6, 19, PRECISION_TITLES + ",BSCAN DIRECTION\n"},
+        {0, 20, CORROSION_TITLES + "\n"},  // an unknown gage with no setup lists nothing more
+        {7, 24, ""},
+    };
+    for (const Case& c : cases) {
+        const test::CsvText csv = listing_of<GaugeSetupImage>(c.gage, c.version, {});
+        EXPECT_EQ(csv.result, 1) << c.gage << " " << c.version;
+        EXPECT_EQ(csv.text, c.expected) << c.gage << " " << c.version;
+    }
+}
+
+TEST(SetupListing, PresentSetupsUnderTheirTableNumbers) {
+    GaugeSetupImage absent, velocity;
+    absent.setup_present = 0;
+    absent.transducer = 7;
+    velocity.measurement_type = 1;
+    const test::CsvText gauge = listing_of<GaugeSetupImage>(5, 24, {{0, {}}, {2, absent}, {5, velocity}});
+    EXPECT_EQ(gauge.result, 1);
+    EXPECT_EQ(gauge.text,
+              CORROSION_TITLES + "\n" +
+                  "0,IN,0.00000,0.00000,OFF, 0.00,OFF, 0.00, 0.00,0, 0.00,LOW ,XDCR-01 1.0 MHZ,0,0, 0.00,"
+                  "OFF,+0.00000,   0 F,OFF,THICKNESS\n"
+                  "5,IN/US,0.00000,0.00000,OFF, 0.000,OFF, 0.000, 0.000,0, 0.000,LOW ,XDCR-01 1.0 MHZ,0,0,"
+                  " 0.000,OFF,+0.00000,   0 F,OFF,VELOCITY\n");
+
+    // The flaw detector: no title row, a block for each present setup.
+    const test::FlawSetupImage no_flaw{.setup_present = 0};
+    const test::CsvText flaw = listing_of<test::FlawSetupImage>(7, 24, {{1, {}}, {3, no_flaw}, {4, {}}});
+    EXPECT_EQ(flaw.result, 1);
+    EXPECT_EQ(flaw.text.rfind("\nSETUP,1\nUNITS,IN\n", 0), 0u);
+    EXPECT_NE(flaw.text.find("\nAPI K FACTOR,0.0000\n\nSETUP,4\nUNITS,IN\n"), std::string::npos);
+    EXPECT_EQ(std::count(flaw.text.begin(), flaw.text.end(), '\n'), 2 * 64);
+
+    // Any other gage type has the corrosion gauge's titles and no rows.
+    const test::CsvText unknown = listing_of<GaugeSetupImage>(9, 24, {{3, {}}});
+    EXPECT_EQ(unknown.result, 0);
+    EXPECT_EQ(unknown.text, CORROSION_TITLES + "\n");
 }
 
 TEST(SetupListing, CorrosionGaugeRows) {
