@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "detailed/export.h"
+#include "base/console.h"
 #include "detailed/header_values.h"
 #include "detailed/preamble.h"
 #include "detailed/reading_row.h"
@@ -11,34 +11,26 @@
 #include "file/field.h"
 #include "ident/cursor.h"
 #include "ident/id_spec.h"
-#include "ident/session_id.h"
+#include "store/session_id.h"
+#include "present/meas_box.h"
 #include "present/number_format.h"
 #include "present/reading_value.h"
 #include "present/setup_listing.h"
-#include "run/console.h"
 
 namespace ugf {
 
 namespace {
 
-// The one store of the run's scans: each reading overwrites it, and its row
-// and dump are written before the next slot is read.
-ScanStore scan_store;
-
-// The flaw detector marks a box that holds no reading with this value.
-constexpr std::uint32_t BOX_EMPTY_MARKER = 0x1FFFFFFF;
-// Box kind "ECHO TO ECHO": a B-scan stores its lost pairs as empty boxes.
-constexpr std::uint32_t BOX_KIND_ECHO_TO_ECHO = 28;
 
 constexpr std::size_t ID_CELL_SIZE = ID_TEXT_SIZE + 1;  // the identifier and its comma
 constexpr std::size_t LIST_ROW_SIZE = 40;               // "19," and a label of 19 characters
 
 // The velocity test of a thickness gauge record: a raw thickness of
 // THICKNESS_IS_VELOCITY holds a sound velocity, whose text is made here.
-void test_velocity(const ReadingRecord& record, ReadingScan& scan) {
+void test_velocity(DlSession& session, const ReadingRecord& record, ReadingScan& scan) {
     if (is_velocity_reading(record)) {
         scan.velocity_flag = 1;
-        make_velocity_text(velocity_value(record), units(record));
+        make_velocity_text(session, velocity_value(record), units(record));
     }
 }
 
@@ -46,9 +38,9 @@ void test_velocity(const ReadingRecord& record, ReadingScan& scan) {
 // reading in several ways, which the row shows as the empty marker, or as 0
 // where only an echo-to-echo box knows the marker.
 std::uint32_t map_bscan_box1(std::uint32_t stored, const FlawSetup& setup) {
-    if (stored == 0x7FFFFFFDu || stored == 0xFFFFFFFFu) return BOX_EMPTY_MARKER;
+    if (stored == 0x7FFFFFFDu || stored == 0xFFFFFFFFu) return BOX_NO_READING;
     if (stored == 0x7FFFFFFEu || stored == 0x000FFFFFu) {
-        return box1_kind(setup) == BOX_KIND_ECHO_TO_ECHO ? BOX_EMPTY_MARKER : 0u;
+        return box1_kind(setup) == BOX_KIND_ECHO_TO_ECHO ? BOX_NO_READING : 0u;
     }
     return stored;
 }
@@ -93,7 +85,8 @@ int write_thickness_row(const DlSession& session, const ReadingRecord& reading,
     row.add(id_cell);
     ThicknessCell cell{};
     thickness_cell_text(cell, reading, 0, layout,
-                        meas_mode(session.setups[setup_number(reading)].gauge), scan.velocity_flag);
+                        meas_mode(session.setups[setup_number(reading)].gauge),
+                        scan.velocity_flag == 1 ? session.velocity_text : nullptr);
     row.add(cell.data());
     if (session.gage_type == GAGE_CORROSION) {
         add_columns_corrosion(row, session, reading, scan.has_ascan, scan.velocity_flag);
@@ -113,13 +106,13 @@ int write_dumps(DlSession& session, const ReadingRecord& reading, const ReadingS
         if (gage_type == GAGE_FLAW_DETECTOR) {
             // The dump gets its own copy of the setup that the merged reading names.
             const FlawSetup setup = session.setups[flaw_setup_number(reading)].flaw;
-            written = write_ascan_dump_flaw(session, scan_store, setup, sink, more);
+            written = write_ascan_dump_flaw(session, *session.scan_store, setup, sink, more);
         } else {
-            written = write_ascan_dump_thickness(session, scan_store, sink, more);
+            written = write_ascan_dump_thickness(session, *session.scan_store, sink, more);
         }
         if (written == 0) return 0;
     }
-    if (scan.has_bscan != 0) return write_bscan_dump(session, reading, scan_store, sink, more);
+    if (scan.has_bscan != 0) return write_bscan_dump(session, reading, *session.scan_store, sink, more);
     return 1;
 }
 
@@ -163,9 +156,11 @@ int walk_readings(DlSession& session, int output_form, CsvSink& sink) {
         if (visit > slots_in_file) return 0;
         ReadingRecord reading{};
         char id_text[ID_CELL_SIZE] = {};
-        if (read_reading(session, storage_index, reading, scan_store, output_form) == 0) return 0;
+        if (read_reading(session, storage_index, reading, *session.scan_store, output_form) == 0) {
+            return 0;
+        }
 
-        const ReadingScan scan = merge_scan_head(session, reading, scan_store);
+        const ReadingScan scan = merge_scan_head(session, reading, *session.scan_store);
 
         if (stored_ids) {
             session_stored_id(session, storage_index, id_text);
@@ -189,7 +184,7 @@ int walk_readings(DlSession& session, int output_form, CsvSink& sink) {
         }
         if (csv_write(id_text, sink) == 0) return 0;
 
-        const ScanStore* dac_store = scan.ascan_ref != nullptr ? &scan_store : nullptr;
+        const ScanStore* dac_store = scan.ascan_ref != nullptr ? session.scan_store.get() : nullptr;
         if (print_reading_value(session, reading, sink, 0, layout, output_form, scan.ascan_ref,
                                 dac_store, scan.velocity_flag) == 0) {
             return 0;
@@ -218,8 +213,7 @@ int write_readings_and_setups(DlSession& session, CsvSink& sink) {
 
 }  // namespace
 
-ReadingScan merge_scan_head(const DlSession& session, ReadingRecord& reading,
-                            const ScanStore& store) {
+ReadingScan merge_scan_head(DlSession& session, ReadingRecord& reading, const ScanStore& store) {
     ReadingScan scan;
     if (session.gage_type == GAGE_FLAW_DETECTOR) {
         merge_flaw_head(session, reading, store, scan);
@@ -227,11 +221,11 @@ ReadingScan merge_scan_head(const DlSession& session, ReadingRecord& reading,
     }
     // The slot is tested as read, a link included (its link stands where the
     // low thickness bits are).
-    test_velocity(reading, scan);
+    test_velocity(session, reading, scan);
     const std::uint32_t type = record_type(reading);
     if (type == RECORD_ASCAN_LINK) {
         reading = store.ascan.head;
-        test_velocity(reading, scan);
+        test_velocity(session, reading, scan);
         scan.has_ascan = 1;
         scan.ascan_ref = &store.ascan;
     } else if (type == RECORD_BSCAN_LINK) {
@@ -245,9 +239,10 @@ int write_custom_point_list(DlSession& session, CsvSink& sink) {
     if (csv_write("\nCUSTOM POINT #,CUSTOM POINT TEXT\n", sink) == 0) return 0;
     for (int i = 0; i < CUSTOM_POINT_LABEL_COUNT; ++i) {
         char label[LABEL_TEXT_SIZE] = {};
-        const std::uint64_t offset =
-            CUSTOM_POINT_LABELS_OFFSET + static_cast<std::uint64_t>(LABEL_TEXT_SIZE) * static_cast<std::uint64_t>(i);
-        if (read_text(session.stream, offset, label, sizeof label, LABEL_TEXT_SIZE) == 0) return 0;
+        if (read_text(session.dl_stream, custom_point_label_offset(i), label, sizeof label,
+                      LABEL_TEXT_SIZE) == 0) {
+            return 0;
+        }
         char row[LIST_ROW_SIZE] = {};
         format_text_bounded(row, sizeof row, "%i,%s\n", i, label);
         if (csv_write(row, sink) == 0) return 0;

@@ -2,8 +2,8 @@
 
 #include <cctype>
 
-#include "ident/session_id.h"
-#include "run/labels.h"
+#include "store/session_id.h"
+#include "base/labels.h"
 
 namespace ugf {
 
@@ -14,17 +14,6 @@ constexpr int SHOWN_FILE_VERSION = 29;
 constexpr int SHOWN_NOTE_COUNT = 16;
 // The stamp of CREATED and LAST SAVED: day, month, year, hour, minute.
 constexpr int STAMP_YEAR = 65516;
-
-constexpr int UI_NONE = 29;
-
-// LabelText rows of the increment names.
-constexpr int LABEL_ROW = 92;
-constexpr int LABEL_COL = 96;
-constexpr int LABEL_ELEV = 97;
-constexpr int LABEL_TUBE = 98;
-constexpr int LABEL_POINT = 149;
-constexpr int LABEL_CUSTOM_POINT = 150;
-constexpr int LABEL_DIM1 = 187;  // to "DIM4" at 190
 
 constexpr std::size_t PIECE_SIZE = 64;
 
@@ -73,9 +62,11 @@ struct ValueRow {
         ok = csv_write(piece, sink);
     }
     void pattern() { text(walk_pattern_name(session.walk_pattern)); }
-    void length_byte(std::uint64_t offset) {
+    // The display length of a manual dimension, as the header stores it.
+    void length_byte(int dimension) {
         if (ok == 0) return;
-        const std::uint8_t value = read_u8(session.stream, offset, &ok);
+        const std::uint64_t offset = HDR_DIM_LENGTH[dimension];
+        const std::uint8_t value = read_u8(session.dl_stream, offset, &ok);
         if (ok != 0) number(value);
     }
     void labels(int dimension) { number(session.dim_label_count[static_cast<std::size_t>(dimension)]); }
@@ -144,17 +135,17 @@ int write_type_columns(ValueRow& row) {
             row.inc(s.first_inc); row.inc(s.second_inc); row.step(2); row.step(1); row.pattern();
             break;
         case FILE_TYPE_2D_MANUAL:
-            row.length_byte(0x00A); row.labels(1); row.length_byte(0x008); row.labels(0);
+            row.length_byte(1); row.labels(1); row.length_byte(0); row.labels(0);
             row.inc(s.first_inc); row.pattern();
             break;
         case FILE_TYPE_3D_MANUAL:
-            row.length_byte(0x00C); row.labels(2); row.length_byte(0x00A); row.labels(1);
-            row.length_byte(0x008); row.labels(0);
+            row.length_byte(2); row.labels(2); row.length_byte(1); row.labels(1);
+            row.length_byte(0); row.labels(0);
             row.inc(s.first_inc); row.inc(s.second_inc); row.pattern();
             break;
         case FILE_TYPE_4D_MANUAL:
-            row.length_byte(0x0FA); row.labels(3); row.length_byte(0x00C); row.labels(2);
-            row.length_byte(0x00A); row.labels(1); row.length_byte(0x008); row.labels(0);
+            row.length_byte(3); row.labels(3); row.length_byte(2); row.labels(2);
+            row.length_byte(1); row.labels(1); row.length_byte(0); row.labels(0);
             row.inc(s.first_inc); row.inc(s.second_inc); row.inc(s.third_inc); row.pattern();
             break;
         default:

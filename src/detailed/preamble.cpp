@@ -2,42 +2,19 @@
 
 #include <array>
 
-#include "run/labels.h"
+#include "base/labels.h"
 
 namespace ugf {
 
 namespace {
-
-// LabelText rows of the head.
-constexpr int LABEL_PRODUCT_CORROSION = 85;  // "40-116"; 86 and 87 follow
-constexpr int LABEL_FILENAME = 88;
-constexpr int LABEL_VERSION = 89;
-constexpr int LABEL_ID_COUNT = 93;
-constexpr int LABEL_SETUP_COUNT = 94;
-constexpr int LABEL_NOTE_COUNT = 95;
-constexpr int LABEL_NOTE_TEXT = 120;
-constexpr int LABEL_TYPE = 130;
-constexpr int LABEL_LAST_SAVED = 131;
-constexpr int LABEL_CREATED = 132;
-constexpr int LABEL_NOTES_DESIGNATOR = 151;
-constexpr int LABEL_PRODUCT = 158;
-constexpr int LABEL_FILE_VERSION = 159;
-constexpr int LABEL_PATTERN = 161;
-constexpr int LABEL_DIM1_LABELS = 191;  // to "DIM4 LABELS" at 194
-
-// UiText rows.
-constexpr int UI_BLANKS = 2;
-constexpr int UI_DESCRIPTION = 422;
-constexpr int UI_LOCATION = 423;
-constexpr int UI_INSPECTOR_ID = 424;
 
 constexpr std::size_t ROW_SIZE = 80;
 
 // The columns in front of the common tail, by file type; the tail is
 // PATTERN,# ID,# SETUP,# NOTES,CREATED,LAST SAVED.
 struct ColumnNames {
-    const char* head;
-    const char* end;  // what follows LAST SAVED
+    char head[128];  // empty: the type has no detailed output
+    char end[3];     // what follows LAST SAVED
 };
 
 constexpr std::array<ColumnNames, 13> COLUMN_NAMES = {{
@@ -53,10 +30,10 @@ constexpr std::array<ColumnNames, 13> COLUMN_NAMES = {{
     {"PREFIX,START TUBE,START ELEV,START TEST PT,END TUBE,END ELEV,END TEST PT,ELEV UNITS,1ST INC,"
      "2ND INC,TUBE STEP,ELEV STEP,",
      "\n"},
-    {nullptr, nullptr},
-    {nullptr, nullptr},
+    {"", ""},
+    {"", ""},
     {"PREFIX,", "\n"},
-    {nullptr, nullptr},
+    {"", ""},
     {"DIM1 LEN,DIM1 # LABELS,DIM2 LEN,DIM2 # LABELS,1ST INC,", "\n"},
     {"DIM1 LEN,DIM1 # LABELS,DIM2 LEN,DIM2 # LABELS,DIM3 LEN,DIM3 # LABELS,1ST INC,2ND INC,", "\n"},
     {"DIM1 LEN,DIM1 # LABELS,DIM2 LEN,DIM2 # LABELS,DIM3 LEN,DIM3 # LABELS,DIM4 LEN,"
@@ -76,7 +53,7 @@ const char* product_text(std::int32_t gage_type) {
 int write_read_text(DlSession& session, std::uint64_t at, std::uint16_t max, const char* row_head,
                     const char* row_end, CsvSink& sink) {
     char text[NOTE_READ_MAX + 1] = {};
-    if (read_text(session.stream, at, text, sizeof text, max) == 0) return 0;
+    if (read_text(session.dl_stream, at, text, sizeof text, max) == 0) return 0;
     char row[ROW_SIZE];
     format_text_bounded(row, sizeof row, "%s%s%s", row_head, text, row_end);
     return csv_write(row, sink);
@@ -110,7 +87,7 @@ int write_file_preamble(char* buffer, std::size_t size, std::int32_t gage_type, 
 int write_column_names(char* buffer, std::size_t size, std::int32_t file_type, CsvSink& sink) {
     if (file_type < 0 || static_cast<std::size_t>(file_type) >= COLUMN_NAMES.size()) return 0;
     const ColumnNames& names = COLUMN_NAMES[static_cast<std::size_t>(file_type)];
-    if (names.head == nullptr) return 0;
+    if (names.head[0] == '\0') return 0;
     format_text_bounded(buffer, size, "%s%s,%s,%s,%s,%s,%s%s", names.head, label_text(LABEL_PATTERN),
                         label_text(LABEL_ID_COUNT), label_text(LABEL_SETUP_COUNT),
                         label_text(LABEL_NOTE_COUNT), label_text(LABEL_CREATED),
@@ -120,7 +97,7 @@ int write_column_names(char* buffer, std::size_t size, std::int32_t file_type, C
 
 int write_identity_rows(DlSession& session, CsvSink& sink) {
     const struct {
-        int row;
+        std::int64_t row;
         const char* text;
     } rows[] = {
         {UI_DESCRIPTION, session.description},
@@ -140,11 +117,10 @@ int write_note_list(DlSession& session, CsvSink& sink) {
     format_text_bounded(row, sizeof row, "\n%s,%s\n", label_text(LABEL_NOTES_DESIGNATOR),
                         label_text(LABEL_NOTE_TEXT));
     if (csv_write(row, sink) == 0) return 0;
-    const std::uint64_t base = note_table_offset(session.file_type);
     for (int i = 0; i < NOTE_COUNT; ++i) {
         const char designator[3] = {static_cast<char>('A' + i), ',', '\0'};
-        if (write_read_text(session, base + NOTE_STRIDE * static_cast<std::uint64_t>(i), NOTE_READ_MAX,
-                            designator, "\n", sink) == 0) {
+        if (write_read_text(session, note_offset(session.map, i), NOTE_READ_MAX, designator, "\n",
+                            sink) == 0) {
             return 0;
         }
     }
@@ -162,12 +138,11 @@ int write_dimension_labels(DlSession& session, CsvSink& sink, std::int32_t file_
         format_text_bounded(heading, sizeof heading, "%s:\n", label_text(LABEL_DIM1_LABELS + i));
         if (csv_write(heading, sink) == 0) return 0;
         for (int j = 0; j < count; ++j) {
-            const std::uint64_t at = MANUAL_LABELS_OFFSET +
-                                     static_cast<std::uint64_t>(DIM_LABEL_SIZE) *
-                                         static_cast<std::uint64_t>(DIM_LABEL_MAX * d + j);
             // The last label's row carries the blank line that closes the block.
             const char* end = j + 1 == count ? ",\n\n" : ",\n";
-            if (write_read_text(session, at, DIM_LABEL_SIZE, "", end, sink) == 0) return 0;
+            if (write_read_text(session, manual_label_offset(d, j), DIM_LABEL_SIZE, "", end, sink) == 0) {
+                return 0;
+            }
         }
     }
     return 1;

@@ -7,7 +7,7 @@
 #include <cstdint>
 
 #include "file/session.h"
-#include "run/console.h"
+#include "base/console.h"
 
 namespace ugf {
 

@@ -7,22 +7,18 @@
 
 #include "present/flaw_row.h"
 #include "present/number_format.h"
-#include "run/csv_row.h"
-#include "run/labels.h"
-#include "run/text_memo.h"
+#include "present/setup_listing.h"
+#include "base/csv_row.h"
+#include "base/labels.h"
+#include "base/text_table.h"
+#include "base/text_memo.h"
 
 namespace ugf {
 
 namespace {
 
-constexpr std::size_t ROW_BUFFER_SIZE = 100;
-constexpr std::size_t PIECE_BUFFER_SIZE = 64;
-
-// UiText rows of the unit labels: lengths, velocities, and lengths in
-// measurement mode 5 of the precision gauge (mils and microns).
-constexpr std::int64_t UNIT_ROW = 13;
-constexpr std::int64_t VELOCITY_UNIT_ROW = 211;
-constexpr std::int64_t CP_UNIT_ROW = 1406;
+constexpr std::size_t ROW_BUFFER_SIZE = ROW_TEXT_SIZE;
+constexpr std::size_t PIECE_BUFFER_SIZE = PIECE_TEXT_SIZE;
 
 // The reading's coating value is a marker, not a coating, up to this value.
 constexpr std::uint32_t COATING_MARKER_MAX = 2;
@@ -30,19 +26,8 @@ constexpr std::uint32_t COATING_MARKER_MAX = 2;
 constexpr const char* LOST_VALUE = "--.---";   // coating and difference of a lost signal
 constexpr const char* LOST_OXIDE = "-.----";
 
-// Picks the text of a small code; codes past the table have no text.
-template <std::size_t N>
-const char* code_text(const std::array<const char*, N>& texts, std::uint32_t code) {
-    return code < N ? texts[code] : "";
-}
-
-const char* diff_type_text(std::uint32_t code) {
-    static constexpr std::array<const char*, 3> TEXTS = {"OFF", "ABSOLUTE", "PERCENT"};
-    return code_text(TEXTS, code);
-}
-
 const char* fast_mode_text(std::uint32_t code) {
-    static constexpr std::array<const char*, 4> TEXTS = {"OFF", "ON", "MIN/MAX", "MAX-MIN"};
+    static constexpr char TEXTS[][8] = {"OFF", "ON", "MIN/MAX", "MAX-MIN"};
     return code_text(TEXTS, code);
 }
 
@@ -67,7 +52,7 @@ const GaugeSetup& reading_setup(const DlSession& session, const ReadingRecord& r
 // The UNITS cell; only the precision gauge looks at measurement mode 5.
 const char* units_text(const DlSession& session, const ReadingRecord& reading, int velocity_flag) {
     const std::uint32_t u = units(reading);
-    if (velocity_flag == 1) return ui_text(VELOCITY_UNIT_ROW + u);
+    if (velocity_flag == 1) return ui_text(UI_VELOCITY_UNITS + u);
     return length_unit_text(u, session.gage_type == GAGE_PRECISION &&
                                    meas_mode(reading_setup(session, reading)) == MEAS_MODE_CP);
 }
@@ -145,14 +130,9 @@ void difference_text(char* out, std::size_t size, const DlSession& session,
     format_text(out, size, "%3d%%%%", static_cast<int>(percent));
 }
 
-// The status texts of the rows, keyed on every input of their format.
-TextMemo<2, ROW_BUFFER_SIZE, 64> corrosion_status_memo;
-TextMemo<1, ROW_BUFFER_SIZE, 64> precision_status_memo;
-
-// The texts of the two pieces of the pairs, keyed on every input of their
-// formats.
-TextMemo<1, PIECE_BUFFER_SIZE, 64> first_pair_memo;
-TextMemo<3, PIECE_BUFFER_SIZE, 256> second_pairs_memo;
+// The session's remembered texts of the rows: the status texts and the two
+// pieces of the pairs, each keyed on every input of its format.
+RowMemos& row_memos(const DlSession& session) { return session.memos->rows; }
 
 // Places a code of `bits` bits at bit `at` of a key word.
 std::uint64_t key_bits(std::uint32_t code, int at) { return static_cast<std::uint64_t>(code) << at; }
@@ -176,7 +156,7 @@ std::uint64_t status_key(const DlSession& session, const ReadingRecord& reading,
 // The first pair: the extra value and its type, or two empty cells.
 void format_first_pair(char* piece, std::size_t size, const DlSession& session,
                        const ReadingRecord& reading) {
-    static constexpr std::array<const char*, 4> FIRST_TYPES = {"", "COATING", "OXIDE", "TEMP"};
+    static constexpr char FIRST_TYPES[][8] = {"", "COATING", "OXIDE", "TEMP"};
     const std::uint32_t first = first_kind(reading);
     if (first == 0) {
         format_text(piece, size, ",,");
@@ -223,8 +203,8 @@ void format_second_pairs(char* piece, std::size_t size, const DlSession& session
 
 // The keys of the two pieces of the pairs: every input of their formats.
 struct PairKeys {
-    decltype(first_pair_memo)::Key first;
-    decltype(second_pairs_memo)::Key second;
+    decltype(RowMemos::first_pair)::Key first;
+    decltype(RowMemos::second_pairs)::Key second;
 };
 
 PairKeys pair_keys(const DlSession& session, const ReadingRecord& reading, int velocity_flag) {
@@ -247,7 +227,7 @@ PairKeys pair_keys(const DlSession& session, const ReadingRecord& reading, int v
 
 std::string_view first_pair_text(const DlSession& session, const ReadingRecord& reading,
                                  const PairKeys& keys) {
-    auto& entry = first_pair_memo.slot(keys.first);
+    auto& entry = row_memos(session).first_pair.slot(keys.first);
     if (!memo_holds(entry, keys.first)) {
         char piece[PIECE_BUFFER_SIZE];
         format_first_pair(piece, sizeof piece, session, reading);
@@ -258,7 +238,7 @@ std::string_view first_pair_text(const DlSession& session, const ReadingRecord& 
 
 std::string_view second_pairs_text(const DlSession& session, const ReadingRecord& reading,
                                    const PairKeys& keys, int velocity_flag) {
-    auto& entry = second_pairs_memo.slot(keys.second);
+    auto& entry = row_memos(session).second_pairs.slot(keys.second);
     if (!memo_holds(entry, keys.second)) {
         char piece[PIECE_BUFFER_SIZE];
         format_second_pairs(piece, sizeof piece, session, reading, velocity_flag);
@@ -275,11 +255,8 @@ void add_measurement_pairs(CsvRow& row, const DlSession& session, const ReadingR
     row.add(second_pairs_text(session, reading, keys, velocity_flag));
 }
 
-// Whole rests of rows (status columns, pairs and line end), keyed on the
-// keys of their three texts. Only rests without a "%" are kept: a text with
-// one reaches csv_write on its own.
-constexpr std::size_t REST_TEXT_SIZE = ROW_BUFFER_SIZE + 2 * PIECE_BUFFER_SIZE;
-TextMemo<6, REST_TEXT_SIZE, 256> row_rest_memo;
+// Whole rests of rows (status columns, pairs and line end) are kept only
+// without a "%": a text with one reaches csv_write on its own.
 
 bool has_percent(std::string_view text) { return text.find('%') != std::string_view::npos; }
 
@@ -291,10 +268,10 @@ void add_row_rest(CsvRow& row, const std::array<std::uint64_t, 2>& status_key,
                   StatusText status_text, const DlSession& session, const ReadingRecord& reading,
                   int velocity_flag) {
     const PairKeys pairs = pair_keys(session, reading, velocity_flag);
-    const decltype(row_rest_memo)::Key key = {status_key[0],     status_key[1],
+    const decltype(RowMemos::row_rest)::Key key = {status_key[0],     status_key[1],
                                              pairs.first[0],    pairs.second[0],
                                              pairs.second[1],   pairs.second[2]};
-    auto& whole = row_rest_memo.slot(key);
+    auto& whole = row_memos(session).row_rest.slot(key);
     if (memo_holds(whole, key)) {
         row.add(whole.view());
         return;
@@ -321,7 +298,7 @@ void add_row_rest(CsvRow& row, const std::array<std::uint64_t, 2>& status_key,
 }  // namespace
 
 const char* length_unit_text(std::uint32_t units, bool cp_mode) {
-    return ui_text((cp_mode ? CP_UNIT_ROW : UNIT_ROW) + units);
+    return ui_text((cp_mode ? UI_CP_UNITS : UI_UNITS) + units);
 }
 
 int write_column_titles(std::int32_t gage_type, CsvSink& sink) {
@@ -369,12 +346,12 @@ void add_columns_corrosion(CsvRow& row, const DlSession& session, const ReadingR
     const GaugeSetup& setup = reading_setup(session, reading);
     // The texts of the columns follow from the codes in the key: the gain
     // text from the gain mode and level, the note letters from the mask.
-    const decltype(corrosion_status_memo)::Key key = {
+    const decltype(RowMemos::corrosion_status)::Key key = {
         status_key(session, reading, has_ascan, velocity_flag) |
             key_bits(diff_type(setup), 33),
         key_bits(setup.gain_mode, 0) | key_bits(setup.gain_db, 16)};
     const auto status_text = [&]() {
-        auto& entry = corrosion_status_memo.slot(key);
+        auto& entry = row_memos(session).corrosion_status.slot(key);
         if (!memo_holds(entry, key)) {
             const char* unit = units_text(session, reading, velocity_flag);
             const char* alarm = alarm_state_text(alarm_state(reading));
@@ -403,10 +380,10 @@ void add_columns_precision(CsvRow& row, const DlSession& session, const ReadingR
         row.add(",,,,,,,,,,,,,\n");
         return;
     }
-    const decltype(precision_status_memo)::Key key = {
+    const decltype(RowMemos::precision_status)::Key key = {
         status_key(session, reading, has_ascan, velocity_flag)};
     const auto status_text = [&]() {
-        auto& entry = precision_status_memo.slot(key);
+        auto& entry = row_memos(session).precision_status.slot(key);
         if (!memo_holds(entry, key)) {
             const char* unit = units_text(session, reading, velocity_flag);
             const char* alarm = alarm_state_text(alarm_state(reading));

@@ -9,8 +9,8 @@
 #include <cstdint>
 
 #include "file/session.h"
-#include "run/console.h"
-#include "run/csv_row.h"
+#include "base/console.h"
+#include "base/csv_row.h"
 #include "store/record.h"
 
 namespace ugf {

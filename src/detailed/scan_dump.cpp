@@ -7,7 +7,7 @@
 #include "present/dac_curve.h"
 #include "present/flaw_row.h"
 #include "present/number_format.h"
-#include "run/labels.h"
+#include "base/labels.h"
 
 namespace ugf {
 
@@ -15,17 +15,7 @@ namespace {
 
 constexpr std::size_t LINE_BUFFER_SIZE = 96;
 
-// UiText rows of the display settings.
-constexpr std::int64_t OFF_ROW = 128;
-constexpr std::int64_t ON_ROW = 129;
-constexpr std::int64_t RECT_ROW = 135;     // " RF ", "FULL", "HW+ ", "HW- "
-constexpr std::int64_t OUTLINE_ROW = 165;
-constexpr std::int64_t FILLED_ROW = 166;
-constexpr std::int64_t DAC_MODE_ROW = 1037;  // "ASME", "ASME 3", "JIS", "CUSTOM"
-constexpr std::uint32_t DAC_MODE_NAMES = 4;
-
-// Flaw detector measurement mode "THRU": its lengths show doubled.
-constexpr std::uint32_t MEAS_MODE_THRU = 2;
+constexpr std::uint32_t DAC_MODE_NAMES = 4;  // the rows from UI_DAC_MODE on
 
 // The value a B-scan point stores for a position without a reading, in
 // inches and (times ten) in millimetres.
@@ -55,11 +45,11 @@ int write_number_item(CsvSink& sink, const char* name, int value) {
     return csv_write(item, sink);
 }
 
-const char* rect_text(const AscanRecord& a) { return ui_text(RECT_ROW + rect_index(a)); }
-const char* zoom_text(const AscanRecord& a) { return ui_text(zoom_bits(a) == 0 ? ON_ROW : OFF_ROW); }
-const char* freeze_text(const AscanRecord& a) { return ui_text(freeze(a) == 1 ? ON_ROW : OFF_ROW); }
+const char* rect_text(const AscanRecord& a) { return ui_text(UI_RECTIFICATION + rect_index(a)); }
+const char* zoom_text(const AscanRecord& a) { return ui_text(UI_OFF_ON + (zoom_bits(a) == 0 ? 1 : 0)); }
+const char* freeze_text(const AscanRecord& a) { return ui_text(UI_OFF_ON + (freeze(a) == 1 ? 1 : 0)); }
 const char* waveform_text(const AscanRecord& a) {
-    return ui_text(outline(a) == 1 ? OUTLINE_ROW : FILLED_ROW);
+    return ui_text(outline(a) == 1 ? UI_OUTLINE : UI_FILLED);
 }
 
 // A gate line: the value, or "LOS" when it lies at or above the limit of a
@@ -95,7 +85,7 @@ void dac_depth_text(char* out, std::size_t size, const FlawSetup& setup, std::ui
     }
     char number[NUMBER_TEXT_SIZE];
     format_thickness(number, sizeof number, depth, u, resolution(setup), LAYOUT_FLAW,
-                     meas_mode(setup) == MEAS_MODE_THRU ? 1u : 0u, 0);
+                     meas_mode(setup) == FLAW_MEAS_MODE_THRU ? 1u : 0u, 0);
     format_text(out, size, "%s %s", number, length_unit_text(u, false));
 }
 
@@ -117,7 +107,7 @@ PointFormat point_format(const DlSession& session, const ReadingRecord& reading)
         f.units = units(setup);
         f.resolution = resolution(setup);
         f.layout = LAYOUT_FLAW;
-        f.doubled = meas_mode(setup) == MEAS_MODE_THRU ? 1u : 0u;
+        f.doubled = meas_mode(setup) == FLAW_MEAS_MODE_THRU ? 1u : 0u;
         f.unit = length_unit_text(f.units, false);
         return f;
     }
@@ -277,7 +267,7 @@ int write_flaw_scan_block(const ScanStore& store, const FlawSetup& setup, CsvSin
     if (dac_shown(a) == 0) return 1;
 
     const std::uint32_t mode = dac_mode(setup);
-    format_text(line, sizeof line, "\n,DAC,%s\n", mode < DAC_MODE_NAMES ? ui_text(DAC_MODE_ROW + mode) : "");
+    format_text(line, sizeof line, "\n,DAC,%s\n", mode < DAC_MODE_NAMES ? ui_text(UI_DAC_MODE + mode) : "");
     if (csv_write(line, sink) == 0) return 0;
     if (csv_write(",THICKNESS,AMPLITUDE,DETECTION COUNT\n", sink) == 0) return 0;
     // The list ends at the first point without an amplitude.

@@ -15,7 +15,7 @@
 
 #include "file/session.h"
 #include "file/setup.h"
-#include "run/console.h"
+#include "base/console.h"
 #include "store/record.h"
 #include "store/scan.h"
 

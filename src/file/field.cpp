@@ -1,29 +1,11 @@
 #include "file/field.h"
 
-#include <array>
 #include <cstring>
-
-#include "run/console.h"
+#include <new>
 
 namespace ugf {
 
 namespace {
-
-// A direct-mapped cache of file pages. Each entry remembers which stream
-// (by generation) and which page it holds, and how many bytes of the page the
-// file has: a page shorter than PAGE_SIZE is the end of the file.
-constexpr std::size_t PAGE_SIZE = 4096;
-constexpr std::size_t PAGE_COUNT = 512;  // 2 MiB in all
-
-struct Page {
-    std::uint32_t generation = 0;
-    std::uint64_t number = 0;
-    std::size_t length = 0;
-    std::array<std::uint8_t, PAGE_SIZE> bytes{};
-};
-
-std::array<Page, PAGE_COUNT> page_cache;
-std::uint32_t next_generation = 0;
 
 int seek_to(std::FILE* file, std::uint64_t offset) {
 #if defined(_WIN32)
@@ -34,37 +16,96 @@ int seek_to(std::FILE* file, std::uint64_t offset) {
 #endif
 }
 
-// The page holding `offset`, or nullptr when the seek to it fails.
-const Page* fetch_page(DlStream& stream, std::uint64_t offset) {
-    const std::uint64_t number = offset / PAGE_SIZE;
-    Page& page = page_cache[number % PAGE_COUNT];
-    if (page.generation == stream.generation && page.number == number) return &page;
-    if (stream.file == nullptr || !seek_to(stream.file, number * PAGE_SIZE)) return nullptr;
-    page.generation = stream.generation;
-    page.number = number;
-    page.length = std::fread(page.bytes.data(), 1, PAGE_SIZE, stream.file);
-    std::clearerr(stream.file);
-    return &page;
+// The bytes of one page of the input: a view into the caller's memory, or a
+// page of the cache.
+struct PageView {
+    const std::uint8_t* bytes = nullptr;
+    std::size_t length = 0;
+};
+
+// The page holding `offset`; no bytes when the seek to it fails.
+PageView fetch_page(DlStream& stream, std::uint64_t offset) {
+    const std::uint64_t number = offset / FILE_PAGE_SIZE;
+    if (stream.memory != nullptr) {
+        // Beyond what a file offset can name, as a seek of a file would fail.
+        if (offset > static_cast<std::uint64_t>(INT64_MAX)) return {};
+        const std::uint64_t start = number * FILE_PAGE_SIZE;
+        if (start >= stream.memory_size) return {stream.memory, 0};
+        const std::uint64_t left = stream.memory_size - start;
+        return {stream.memory + start, static_cast<std::size_t>(left < FILE_PAGE_SIZE ? left : FILE_PAGE_SIZE)};
+    }
+    if (stream.file == nullptr || stream.cache == nullptr) return {};
+    FilePage& page = stream.cache->pages[number % FILE_PAGE_COUNT];
+    if (page.generation != stream.generation || page.number != number) {
+        if (!seek_to(stream.file, number * FILE_PAGE_SIZE)) return {};
+        page.generation = stream.generation;
+        page.number = number;
+        page.length = std::fread(page.bytes.data(), 1, FILE_PAGE_SIZE, stream.file);
+        std::clearerr(stream.file);
+    }
+    return {page.bytes.data(), page.length};
+}
+
+// Readies the stream for a new input: a fresh generation of its pages.
+int begin_input(DlStream& stream) {
+    if (stream.cache == nullptr) {
+        stream.cache.reset(new (std::nothrow) PageCache);
+        if (stream.cache == nullptr) return 0;
+        stream.generation = 0;
+    }
+    if (++stream.generation == 0) {
+        // After 2^32 openings the tags start again: forget every page.
+        for (FilePage& page : stream.cache->pages) page.generation = 0;
+        stream.generation = 1;
+    }
+    stream.error = nullptr;
+    stream.error_offset = 0;
+    return 1;
+}
+
+int open_file(DlStream& stream, const char* path, const char* mode) {
+    dl_close(stream);
+    if (begin_input(stream) == 0) return 0;
+    stream.file = std::fopen(path, mode);
+    if (stream.file == nullptr) return 0;
+    // The cache does the buffering; stdio's own buffer would only copy twice.
+    std::setvbuf(stream.file, nullptr, _IONBF, 0);
+    stream.is_open = 1;
+    return 1;
+}
+
+void fail_read(DlStream& stream, std::uint64_t offset, const char* line) {
+    stream.error = line;
+    stream.error_offset = offset;
+    console_print(stream.console, line);
 }
 
 }  // namespace
 
-int dl_open(DlStream& stream, const char* path) {
-    stream.file = std::fopen(path, "r+b");
-    if (stream.file == nullptr) return 0;
-    // The cache does the buffering; stdio's own buffer would only copy twice.
-    std::setvbuf(stream.file, nullptr, _IONBF, 0);
-    stream.generation = ++next_generation;
+int dl_open(DlStream& stream, const char* path) { return open_file(stream, path, "r+b"); }
+
+int dl_open_read_only(DlStream& stream, const char* path) { return open_file(stream, path, "rb"); }
+
+int dl_open_memory(DlStream& stream, const std::uint8_t* bytes, std::uint64_t size) {
+    dl_close(stream);
+    stream.error = nullptr;
+    stream.error_offset = 0;
+    stream.memory = bytes != nullptr ? bytes : reinterpret_cast<const std::uint8_t*>("");
+    stream.memory_size = bytes != nullptr ? size : 0;
+    stream.is_open = 1;
     return 1;
 }
 
 void dl_close(DlStream& stream) {
     if (stream.file != nullptr) std::fclose(stream.file);
     stream.file = nullptr;
-    stream.generation = 0;
+    stream.memory = nullptr;
+    stream.memory_size = 0;
+    stream.is_open = 0;
 }
 
 std::uint64_t dl_file_size(DlStream& stream) {
+    if (stream.memory != nullptr) return stream.memory_size;
     if (stream.file == nullptr) return 0;
 #if defined(_WIN32)
     if (_fseeki64(stream.file, 0, SEEK_END) != 0) return 0;
@@ -78,34 +119,34 @@ std::uint64_t dl_file_size(DlStream& stream) {
 
 std::uint8_t read_u8(DlStream& stream, std::uint64_t offset, int* ok) {
     *ok = 0;
-    const Page* page = fetch_page(stream, offset);
-    if (page == nullptr) {
-        print_console("ERROR: FS_SEEK_ERROR.\n");
+    const PageView page = fetch_page(stream, offset);
+    if (page.bytes == nullptr) {
+        fail_read(stream, offset, "ERROR: FS_SEEK_ERROR.\n");
         return 0;
     }
-    const std::size_t at = static_cast<std::size_t>(offset % PAGE_SIZE);
-    if (at >= page->length) {
-        print_console("ERROR: FS_READ_ERROR.\n");
+    const std::size_t at = static_cast<std::size_t>(offset % FILE_PAGE_SIZE);
+    if (at >= page.length) {
+        fail_read(stream, offset, "ERROR: FS_READ_ERROR.\n");
         return 0;
     }
     *ok = 1;
-    return page->bytes[at];
+    return page.bytes[at];
 }
 
 namespace {
 
 // n big-endian bytes, stopping at the first failed byte.
 std::uint32_t read_be(DlStream& stream, std::uint64_t offset, int n, int* ok) {
-    // The usual field lies inside one cached page that the file fills: take
-    // its bytes at once. Anything else (a page boundary, the end of the file,
-    // a failed seek) goes byte by byte below, so the error lines and the
-    // stop at the first failed byte stay those of single-byte reads.
-    const std::size_t at = static_cast<std::size_t>(offset % PAGE_SIZE);
-    if (at + static_cast<std::size_t>(n) <= PAGE_SIZE) {
-        const Page* page = fetch_page(stream, offset);
-        if (page != nullptr && at + static_cast<std::size_t>(n) <= page->length) {
+    // The usual field lies inside one page that the file fills: take its
+    // bytes at once. Anything else (a page boundary, the end of the file, a
+    // failed seek) goes byte by byte below, so the error lines and the stop
+    // at the first failed byte stay those of single-byte reads.
+    const std::size_t at = static_cast<std::size_t>(offset % FILE_PAGE_SIZE);
+    if (at + static_cast<std::size_t>(n) <= FILE_PAGE_SIZE) {
+        const PageView page = fetch_page(stream, offset);
+        if (page.bytes != nullptr && at + static_cast<std::size_t>(n) <= page.length) {
             std::uint32_t value = 0;
-            for (int i = 0; i < n; ++i) value = (value << 8) | page->bytes[at + static_cast<std::size_t>(i)];
+            for (int i = 0; i < n; ++i) value = (value << 8) | page.bytes[at + static_cast<std::size_t>(i)];
             *ok = 1;
             return value;
         }
@@ -166,11 +207,11 @@ int read_text(DlStream& stream, std::uint64_t offset, char* dst, std::size_t dst
 }
 
 int read_in_page(DlStream& stream, std::uint64_t offset, std::uint8_t* dst, std::size_t n) {
-    const std::size_t at = static_cast<std::size_t>(offset % PAGE_SIZE);
-    if (n > PAGE_SIZE - at) return 0;
-    const Page* page = fetch_page(stream, offset);
-    if (page == nullptr || at + n > page->length) return 0;
-    std::memcpy(dst, page->bytes.data() + at, n);
+    const std::size_t at = static_cast<std::size_t>(offset % FILE_PAGE_SIZE);
+    if (n > FILE_PAGE_SIZE - at) return 0;
+    const PageView page = fetch_page(stream, offset);
+    if (page.bytes == nullptr || at + n > page.length) return 0;
+    std::memcpy(dst, page.bytes + at, n);
     return 1;
 }
 
@@ -178,13 +219,13 @@ std::size_t read_block(DlStream& stream, std::uint64_t offset, std::uint8_t* dst
                        std::size_t n) {
     std::size_t done = 0;
     while (done < n) {
-        const Page* page = fetch_page(stream, offset + done);
-        if (page == nullptr) return done;
-        const std::size_t at = static_cast<std::size_t>((offset + done) % PAGE_SIZE);
-        if (at >= page->length) return done;
-        std::size_t take = page->length - at;
+        const PageView page = fetch_page(stream, offset + done);
+        if (page.bytes == nullptr) return done;
+        const std::size_t at = static_cast<std::size_t>((offset + done) % FILE_PAGE_SIZE);
+        if (at >= page.length) return done;
+        std::size_t take = page.length - at;
         if (take > n - done) take = n - done;
-        std::memcpy(dst + done, page->bytes.data() + at, take);
+        std::memcpy(dst + done, page.bytes + at, take);
         done += take;
     }
     return done;

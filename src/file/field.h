@@ -4,26 +4,66 @@
 // The file is never walked: every field is fetched by its own offset. Reads
 // go through a page cache, so a field costs no system call of its own, while
 // each read still behaves as a one-byte read of the file would: a byte at or
-// past the end of the file prints "ERROR: FS_READ_ERROR.\n" and fails, and a
-// wide read stops at its first failed byte.
+// past the end of the file prints "ERROR: FS_READ_ERROR.\n" on the stream's
+// console and fails, and a wide read stops at its first failed byte. The
+// image may also be bytes that the caller holds in memory; they are read in
+// place and never copied.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <memory>
+
+#include "base/console.h"
 
 namespace ugf {
 
-struct DlStream {
-    std::FILE* file = nullptr;
-    std::uint32_t generation = 0;  // tags this stream's pages in the cache
+inline constexpr std::size_t FILE_PAGE_SIZE = 4096;
+inline constexpr std::size_t FILE_PAGE_COUNT = 512;  // 2 MiB of cache
+
+// A direct-mapped cache of file pages. Each entry remembers which opening of
+// the stream (its generation) and which page it holds, and how many bytes of
+// the page the file has: a page shorter than FILE_PAGE_SIZE is the end of
+// the file.
+struct FilePage {
+    std::uint32_t generation = 0;
+    std::uint64_t number = 0;
+    std::size_t length = 0;
+    std::array<std::uint8_t, FILE_PAGE_SIZE> bytes;
 };
 
-// Opens the file with the mode "r+b" (it is only ever read). 1 or 0.
+struct PageCache {
+    std::array<FilePage, FILE_PAGE_COUNT> pages;
+};
+
+// The input of a session: a file or bytes in memory, with its page cache and
+// the console its read errors are printed on.
+struct DlStream {
+    std::FILE* file = nullptr;
+    const std::uint8_t* memory = nullptr;  // the caller's bytes, when the input is in memory
+    std::uint64_t memory_size = 0;
+    int is_open = 0;
+    std::uint32_t generation = 0;  // tags this opening's pages in the cache
+    std::unique_ptr<PageCache> cache;
+    Console console{};
+    // The last read that failed: its error line and the offset of the byte.
+    const char* error = nullptr;
+    std::uint64_t error_offset = 0;
+};
+
+// Opens the file with the mode "r+b" (it is only ever read), as the converter
+// does. 1 or 0.
 int dl_open(DlStream& stream, const char* path);
+// Opens the file for reading only. 1 or 0.
+int dl_open_read_only(DlStream& stream, const char* path);
+// Reads the `size` bytes at `bytes`, which the caller keeps until the stream
+// is closed. 1, or 0 when no memory is left for the stream.
+int dl_open_memory(DlStream& stream, const std::uint8_t* bytes, std::uint64_t size);
 void dl_close(DlStream& stream);
 
-// Length of the file in bytes (0 when it can't be told).
+// Length of the input in bytes (0 when it can't be told).
 std::uint64_t dl_file_size(DlStream& stream);
 
 std::uint8_t read_u8(DlStream& stream, std::uint64_t offset, int* ok);
@@ -43,13 +83,39 @@ int read_text(DlStream& stream, std::uint64_t offset, char* dst, std::size_t dst
               std::uint16_t max);
 
 // Copies n bytes from the offset into dst and returns 1 when they all lie in
-// one cached page that the file fills. Otherwise returns 0 having printed
-// nothing; the caller then reads field by field, which reports what fails.
+// one page that the file fills. Otherwise returns 0 having printed nothing;
+// the caller then reads field by field, which reports what fails.
 int read_in_page(DlStream& stream, std::uint64_t offset, std::uint8_t* dst, std::size_t n);
 
 // Copies up to n bytes from the offset into dst, silently, and returns how
 // many there were before the end of the file.
 std::size_t read_block(DlStream& stream, std::uint64_t offset, std::uint8_t* dst,
                        std::size_t n);
+
+// A run of field reads relative to a base offset that stops at the first
+// failure: once `ok` is 0 no further byte is touched and every read gives 0.
+struct FieldRun {
+    DlStream& stream;
+    std::uint64_t base = 0;
+    int ok = 1;
+
+    std::uint8_t u8(std::uint64_t at) { return ok != 0 ? read_u8(stream, base + at, &ok) : 0; }
+    std::uint16_t u16(std::uint64_t at) { return ok != 0 ? read_u16_be(stream, base + at, &ok) : 0; }
+    std::uint32_t u24(std::uint64_t at) { return ok != 0 ? read_u24_be(stream, base + at, &ok) : 0; }
+    std::uint32_t u32(std::uint64_t at) { return ok != 0 ? read_u32_be(stream, base + at, &ok) : 0; }
+    std::uint64_t u40(std::uint64_t at) { return ok != 0 ? read_u40_be(stream, base + at, &ok) : 0; }
+    // Signed fields are stored as the unsigned kinds of their width.
+    std::int16_t i16(std::uint64_t at) { return static_cast<std::int16_t>(u16(at)); }
+    std::int32_t i32(std::uint64_t at) { return static_cast<std::int32_t>(u32(at)); }
+    // A terminated text of at most `max` bytes; a missing terminator fails.
+    void text(std::uint64_t at, char* dst, std::size_t dst_size, std::uint16_t max) {
+        if (ok != 0) ok = read_text(stream, base + at, dst, dst_size, max) != 0 ? 1 : 0;
+    }
+};
+
+// `count` bits of a word from bit `low` up.
+inline std::uint32_t word_bits(std::uint32_t word, int low, int count) {
+    return (word >> low) & ((1u << count) - 1u);
+}
 
 }  // namespace ugf

@@ -1,6 +1,8 @@
 #include "file/session.h"
 
 #include <cstring>
+#include <new>
+#include <utility>
 
 namespace ugf {
 
@@ -19,7 +21,7 @@ struct HeaderIds {
 };
 
 int fail(DlSession& session) {
-    dl_close(session.stream);
+    dl_close(session.dl_stream);
     return 0;
 }
 
@@ -94,10 +96,10 @@ int load_manual_labels(DlSession& session) {
         for (int j = 0; j < count; ++j) {
             char* entry = session.dim_label_table[d][j];
             std::memset(entry, 0, DIM_LABEL_SIZE);
-            const std::uint64_t at = MANUAL_LABELS_OFFSET +
-                                     static_cast<std::uint64_t>(DIM_LABEL_SIZE) *
-                                         static_cast<std::uint64_t>(DIM_LABEL_MAX * d + j);
-            if (read_text(session.stream, at, entry, DIM_LABEL_SIZE, DIM_LABEL_SIZE) == 0) return 0;
+            if (read_text(session.dl_stream, manual_label_offset(d, j), entry, DIM_LABEL_SIZE,
+                          DIM_LABEL_SIZE) == 0) {
+                return 0;
+            }
         }
     }
     return 1;
@@ -105,12 +107,11 @@ int load_manual_labels(DlSession& session) {
 
 int read_notes(DlSession& session) {
     std::memset(session.note_table, 0, sizeof session.note_table);
-    const std::uint64_t base = note_table_offset(session.file_type);
     for (int i = 0; i < NOTE_COUNT; ++i) {
         // A row of 32 characters runs on into the next row's first byte; the
         // table keeps 30 of them.
-        if (read_text(session.stream, base + NOTE_STRIDE * static_cast<std::uint64_t>(i),
-                      session.note_table[i], NOTE_TEXT_SIZE, NOTE_READ_MAX) == 0) {
+        if (read_text(session.dl_stream, note_offset(session.map, i), session.note_table[i],
+                      NOTE_TEXT_SIZE, NOTE_READ_MAX) == 0) {
             return 0;
         }
     }
@@ -124,22 +125,37 @@ int load_setup_table(DlSession& session) {
     for (int i = 0; i < SETUP_COUNT; ++i) {
         SetupRecord& setup = session.setups[static_cast<std::size_t>(i)];
         const int ok = session.gage_type == GAGE_FLAW_DETECTOR
-                           ? read_flaw_setup(session.stream, i, setup.flaw, session.file_type)
-                           : read_gauge_setup(session.stream, i, setup.gauge, session.file_type);
+                           ? read_flaw_setup(session.dl_stream, setup_offset(session.map, i), setup.flaw)
+                           : read_gauge_setup(session.dl_stream, setup_offset(session.map, i), setup.gauge);
         if (ok == 0) return 0;
     }
     return 1;
 }
 
-int open_datalogger_session(DlSession& session, const char* path) {
-    dl_close(session.stream);
-    session = DlSession{};
-    if (dl_open(session.stream, path) == 0) return 0;
+namespace {
 
-    FieldRun f{session.stream, 0};
-    session.file_version = f.u16(0x002);
-    session.file_type = f.u16(0x004);
+// Readies the session for a new input: what it decoded before is forgotten,
+// and its scan store and memos start empty, so that nothing of an earlier
+// survey shows in this one. The stream's page cache and console stay.
+int reset_session(DlSession& session) {
+    DlStream stream = std::move(session.dl_stream);
+    dl_close(stream);
+    session = DlSession{};
+    session.dl_stream = std::move(stream);
+    session.scan_store.reset(new (std::nothrow) ScanStore);
+    session.memos.reset(new (std::nothrow) SessionMemos);
+    if (session.scan_store == nullptr || session.memos == nullptr) return 0;
+    session.id_spec.recent_texts = &session.memos->id_texts;
+    return 1;
+}
+
+// Decodes the header, notes, labels and setups of the input just opened.
+int decode_session(DlSession& session) {
+    FieldRun f{session.dl_stream, 0};
+    session.file_version = f.u16(HDR_FILE_VERSION);
+    session.file_type = f.u16(HDR_FILE_TYPE);
     if (f.ok == 0) return fail(session);
+    session.map = file_map(session.file_type);
     // Later versions of the non-ranged types are refused.
     if (session.file_type > FILE_TYPE_BOILER && session.file_version >= 21 &&
         session.file_version <= 23) {
@@ -147,47 +163,44 @@ int open_datalogger_session(DlSession& session, const char* path) {
     }
 
     HeaderIds ids;
-    session.reserved_006 = f.u8(0x006);
-    ids.c0 = f.u8(0x008);
-    ids.c1 = f.u8(0x00A);
-    ids.c2 = f.u8(0x00C);
-    f.text(0x00E, ids.prefix, sizeof ids.prefix, 20);
-    f.text(0x022, ids.start, sizeof ids.start, 21);
-    f.text(0x038, ids.end, sizeof ids.end, 21);
-    session.id_count = f.u32(0x04E);
-    session.reserved_058 = f.u40(0x058);
-    session.current_index = f.u40(0x05E);
-    session.reserved_27e = f.u40(0x27E);
-    ids.step[0] = f.u40(0x064);
-    ids.step[1] = f.u40(0x06A);
-    ids.step[2] = f.u40(0x070);
-    ids.step[3] = f.u40(0x0FC);
-    session.setup_count = f.u8(0x076);
-    f.text(0x078, session.description, sizeof session.description, HEADER_TEXT_SIZE);
-    f.text(0x09A, session.inspector_id, sizeof session.inspector_id, HEADER_TEXT_SIZE);
-    f.text(0x0BC, session.location, sizeof session.location, HEADER_TEXT_SIZE);
-    session.gage_type = f.u8(0x0DE);
-    session.reserved_284 = f.u32(0x284);
-    session.reserved_0e0 = f.u8(0x0E0);
+    session.reserved_006 = f.u8(HDR_RESERVED_006);
+    ids.c0 = f.u8(HDR_DIM_LENGTH[0]);
+    ids.c1 = f.u8(HDR_DIM_LENGTH[1]);
+    ids.c2 = f.u8(HDR_DIM_LENGTH[2]);
+    f.text(HDR_PREFIX, ids.prefix, sizeof ids.prefix, 20);
+    f.text(HDR_START_ID, ids.start, sizeof ids.start, 21);
+    f.text(HDR_END_ID, ids.end, sizeof ids.end, 21);
+    session.id_count = f.u32(HDR_ID_COUNT);
+    session.reserved_058 = f.u40(HDR_RESERVED_058);
+    session.current_index = f.u40(HDR_CURRENT_INDEX);
+    session.reserved_27e = f.u40(HDR_RESERVED_27E);
+    for (int d = 0; d < DIM_COUNT; ++d) ids.step[d] = f.u40(HDR_STEP[d]);
+    session.setup_count = f.u8(HDR_SETUP_COUNT);
+    f.text(HDR_DESCRIPTION, session.description, sizeof session.description, HEADER_TEXT_SIZE);
+    f.text(HDR_INSPECTOR_ID, session.inspector_id, sizeof session.inspector_id, HEADER_TEXT_SIZE);
+    f.text(HDR_LOCATION, session.location, sizeof session.location, HEADER_TEXT_SIZE);
+    session.gage_type = f.u8(HDR_GAGE_TYPE);
+    session.reserved_284 = f.u32(HDR_RESERVED_284);
+    session.reserved_0e0 = f.u8(HDR_RESERVED_0E0);
     if (f.ok == 0) return fail(session);
 
     if (read_notes(session) == 0) return fail(session);
 
-    session.walk_pattern = f.u8(0x272);
-    session.first_inc = f.u8(0x274);
-    session.second_inc = f.u8(0x276);
-    session.third_inc = f.u8(0x278);
-    session.fourth_inc = f.u8(0x102);
+    session.walk_pattern = f.u8(HDR_WALK_PATTERN);
+    session.first_inc = f.u8(HDR_FIRST_INC);
+    session.second_inc = f.u8(HDR_SECOND_INC);
+    session.third_inc = f.u8(HDR_THIRD_INC);
+    session.fourth_inc = f.u8(HDR_FOURTH_INC);
     for (std::size_t d = 0; d < session.dim_label_count.size(); ++d) {
-        session.dim_label_count[d] = f.u16(0x104 + 2 * d);
+        session.dim_label_count[d] = f.u16(HDR_DIM_LABEL_COUNT + 2 * d);
     }
     if (f.ok == 0) return fail(session);
 
     const bool manual = is_manual_layout(session.file_type);
     if (manual && load_manual_labels(session) == 0) return fail(session);
 
-    session.elevation_unit = f.u8(0x27A);
-    session.reserved_288 = f.u8(0x288);
+    session.elevation_unit = f.u8(HDR_ELEVATION_UNIT);
+    session.reserved_288 = f.u8(HDR_RESERVED_288);
     if (f.ok == 0) return fail(session);
 
     if (load_setup_table(session) == 0) return fail(session);
@@ -207,15 +220,35 @@ int open_datalogger_session(DlSession& session, const char* path) {
     return 1;
 }
 
+}  // namespace
+
+int open_datalogger_session(DlSession& session, const char* path) {
+    if (reset_session(session) == 0 || dl_open(session.dl_stream, path) == 0) return 0;
+    return decode_session(session);
+}
+
+int open_datalogger_read_only(DlSession& session, const char* path) {
+    if (reset_session(session) == 0 || dl_open_read_only(session.dl_stream, path) == 0) return 0;
+    return decode_session(session);
+}
+
+int open_datalogger_memory(DlSession& session, const std::uint8_t* bytes, std::uint64_t size) {
+    if (reset_session(session) == 0 || dl_open_memory(session.dl_stream, bytes, size) == 0) return 0;
+    return decode_session(session);
+}
+
+void close_datalogger_session(DlSession& session) {
+    dl_close(session.dl_stream);
+    session.is_open = 0;
+}
+
 const char* custom_point_label(void* context, std::uint16_t position, int dimension) {
     (void)dimension;
     DlSession& session = *static_cast<DlSession*>(context);
     std::memset(session.label_buffer, 0, sizeof session.label_buffer);
     if (position >= CUSTOM_POINT_LABEL_COUNT) return session.label_buffer;
-    const std::uint64_t at =
-        CUSTOM_POINT_LABELS_OFFSET + static_cast<std::uint64_t>(LABEL_TEXT_SIZE) * position;
-    if (read_text(session.stream, at, session.label_buffer, sizeof session.label_buffer,
-                  LABEL_TEXT_SIZE) == 0) {
+    if (read_text(session.dl_stream, custom_point_label_offset(position), session.label_buffer,
+                  sizeof session.label_buffer, LABEL_TEXT_SIZE) == 0) {
         session.label_buffer[0] = '\0';
     }
     return session.label_buffer;

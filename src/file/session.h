@@ -1,63 +1,28 @@
-// The open datalogger file: the file's map, its decoded header, the setup
-// table, the notes and the manual dimension labels, and the input stream.
-//
-// A datalogger file is a fixed-layout big-endian image. Two layouts exist:
-// the standard one (file types 0 to 9) and the manual one (types 10 to 12),
-// which has a table of dimension labels between the header and the setups.
-//
-//   region                  standard   manual     size
-//   header                  0x0000     0x0000     768 bytes
-//   manual dimension labels -          0x0300     4 x 100 x 20 bytes
-//   setup table             0x0300     0x2240     32 x 128 bytes
-//   note table              0x1300     0x3240     16 x 32 bytes
-//   record table            0x1500     0x3440     16 or 37 bytes a slot
+// The open datalogger file: its decoded header, the setup table, the notes
+// and the manual dimension labels, with everything a conversion of it needs:
+// the input stream and its page cache, the store of the current reading's
+// scan and the remembered texts. A session belongs to its caller; sessions
+// share nothing, so any number may be open at once, each on one thread at a
+// time. The file's layout is in file/file_map.h.
 #pragma once
 
 #include <array>
 #include <cstdint>
+#include <memory>
 
+#include "base/text_memo.h"
 #include "file/field.h"
+#include "file/file_map.h"
+#include "file/records.h"
 #include "file/setup.h"
 #include "ident/cursor.h"
 #include "ident/id_spec.h"
 
 namespace ugf {
 
-// DlFileType: the kind of survey (FILE_TYPE_4D_MANUAL comes with the cursor).
-inline constexpr std::int32_t FILE_TYPE_LINEAR = 0;
-inline constexpr std::int32_t FILE_TYPE_LINEAR_CPT = 1;
-inline constexpr std::int32_t FILE_TYPE_2D = 2;
-inline constexpr std::int32_t FILE_TYPE_2D_CPT = 3;
-inline constexpr std::int32_t FILE_TYPE_3D = 4;
-inline constexpr std::int32_t FILE_TYPE_BOILER = 5;
-inline constexpr std::int32_t FILE_TYPE_NOTES = 6;
-inline constexpr std::int32_t FILE_TYPE_SETUP = 7;
-inline constexpr std::int32_t FILE_TYPE_MANUAL = 8;
-inline constexpr std::int32_t FILE_TYPE_INCREMENTAL = 9;
-inline constexpr std::int32_t FILE_TYPE_2D_MANUAL = 10;
-inline constexpr std::int32_t FILE_TYPE_3D_MANUAL = 11;
-
-// GageType: the instrument that wrote the file. Any other value reads like
-// the two thickness gauges.
-inline constexpr std::int32_t GAGE_CORROSION = 5;
-inline constexpr std::int32_t GAGE_PRECISION = 6;
-inline constexpr std::int32_t GAGE_FLAW_DETECTOR = 7;
-
-inline constexpr std::uint32_t HEADER_SIZE = 0x300;
-inline constexpr std::uint32_t MANUAL_LABELS_OFFSET = 0x0300;
-inline constexpr std::uint32_t CUSTOM_POINT_LABELS_OFFSET = 0x0E2;
-
-inline constexpr int NOTE_COUNT = 16;
-inline constexpr std::uint32_t NOTE_STRIDE = 32;
-inline constexpr std::uint16_t NOTE_READ_MAX = 33;  // a 32-byte row may run into the next
 inline constexpr int NOTE_TEXT_SIZE = 31;           // 30 characters and the terminator
-
-inline constexpr int CUSTOM_POINT_LABEL_COUNT = 20;
-inline constexpr int DIM_COUNT = 4;
-inline constexpr int DIM_LABEL_MAX = 100;    // labels of one manual dimension
-inline constexpr int DIM_LABEL_SIZE = 20;    // 19 characters and the terminator
-inline constexpr int LABEL_TEXT_SIZE = 20;   // the shared buffer of the label operations
-inline constexpr int HEADER_TEXT_SIZE = 33;  // description, inspector, location
+inline constexpr int HEADER_TEXT_SIZE = 33;         // description, inspector, location
+inline constexpr int VELOCITY_TEXT_SIZE = 7;        // 6 characters and the terminator
 
 // The identifier split of the ranged file types: start and end identifiers
 // are c2 characters of dimension 2, c1 of dimension 1, c0 of dimension 0.
@@ -65,19 +30,12 @@ inline constexpr int SPLIT_C2_MAX = 18;
 inline constexpr int SPLIT_C1_MAX = 19;
 inline constexpr int SPLIT_C0_MAX = 20;
 
-// Types 10, 11 and 12 keep their dimension labels in front of the setups.
-inline bool is_manual_layout(std::int32_t file_type) {
-    return file_type >= FILE_TYPE_2D_MANUAL && file_type <= FILE_TYPE_4D_MANUAL;
-}
-inline std::uint32_t setup_table_offset(std::int32_t file_type) {
-    return is_manual_layout(file_type) ? 0x2240u : 0x0300u;
-}
-inline std::uint32_t note_table_offset(std::int32_t file_type) {
-    return is_manual_layout(file_type) ? 0x3240u : 0x1300u;
-}
-inline std::uint32_t record_table_offset(std::int32_t file_type) {
-    return is_manual_layout(file_type) ? 0x3440u : 0x1500u;
-}
+// The texts a conversion remembers (see base/text_memo.h and
+// ident/id_spec.h); too large for the session itself.
+struct SessionMemos {
+    RecentTexts id_texts{};
+    RowMemos rows{};
+};
 
 struct DlSession {
     std::int32_t is_open = 0;
@@ -113,14 +71,33 @@ struct DlSession {
     char dim_label_table[DIM_COUNT][DIM_LABEL_MAX][DIM_LABEL_SIZE] = {};
     // The text that the last label operation gave.
     char label_buffer[LABEL_TEXT_SIZE] = {};
-    // The input stream; it stays open after a successful open.
-    DlStream stream{};
+    // Where the tables of the file lie.
+    FileMap map{};
+
+    // The input stream; it stays open after a successful open. Its console
+    // receives the read error lines.
+    DlStream dl_stream{};
+    // The scan of the reading just read; each reading overwrites it, and its
+    // row and dump are written before the next slot is read.
+    std::unique_ptr<ScanStore> scan_store;
+    // The text of the last velocity reading (make_velocity_text).
+    char velocity_text[VELOCITY_TEXT_SIZE] = {};
+    std::unique_ptr<SessionMemos> memos;
 };
 
-// Opens and decodes the datalogger file. 1 on success, 0 on failure (read
-// errors have printed their own line, nothing else prints a message); on
-// failure the input is closed again.
+// Opens and decodes the datalogger file, as the converter does: the file is
+// opened for reading and writing (a read-only file is refused) but never
+// written. 1 on success, 0 on failure (read errors have printed their own
+// line on the stream's console, nothing else prints a message); on failure
+// the input is closed again. The session's console stays as it was set.
 int open_datalogger_session(DlSession& session, const char* path);
+// The same for a file opened for reading only.
+int open_datalogger_read_only(DlSession& session, const char* path);
+// The same for an image of `size` bytes that the caller holds (and keeps
+// until the session is closed or opened again).
+int open_datalogger_memory(DlSession& session, const std::uint8_t* bytes, std::uint64_t size);
+// Closes the input; the session keeps what it decoded.
+void close_datalogger_session(DlSession& session);
 
 // Zeroes the setup table and reads its 32 entries in the layout of the
 // session's gage type. 1, or 0 at the first entry that can't be read (the

@@ -1,19 +1,9 @@
 #include "file/setup.h"
 
-#include "file/session.h"
-
 namespace ugf {
 
-namespace {
-
-std::uint64_t entry_offset(int entry, std::int32_t file_type) {
-    return setup_table_offset(file_type) + static_cast<std::uint64_t>(entry) * SETUP_STRIDE;
-}
-
-}  // namespace
-
-int read_gauge_setup(DlStream& stream, int entry, GaugeSetup& setup, std::int32_t file_type) {
-    FieldRun f{stream, entry_offset(entry, file_type)};
+int read_gauge_setup(DlStream& stream, std::uint64_t offset, GaugeSetup& setup) {
+    FieldRun f{stream, offset};
     setup.setup_present = f.u32(0x00);
     setup.diff_flags = f.u16(0x04);
     setup.low_alarm = f.u32(0x06);
@@ -47,8 +37,8 @@ int read_gauge_setup(DlStream& stream, int entry, GaugeSetup& setup, std::int32_
     return f.ok;
 }
 
-int read_flaw_setup(DlStream& stream, int entry, FlawSetup& setup, std::int32_t file_type) {
-    FieldRun f{stream, entry_offset(entry, file_type)};
+int read_flaw_setup(DlStream& stream, std::uint64_t offset, FlawSetup& setup) {
+    FieldRun f{stream, offset};
     setup.velocity = f.u32(0x00);
     setup.zero = f.i32(0x04);
     setup.reference_gain = f.i16(0x08);

@@ -13,8 +13,6 @@
 
 namespace ugf {
 
-inline constexpr int SETUP_COUNT = 32;
-inline constexpr std::uint32_t SETUP_STRIDE = 128;
 inline constexpr int SETUP_NAME_SIZE = 33;  // 32 characters and the terminator
 
 // Thickness gauge layout.
@@ -96,37 +94,12 @@ struct SetupRecord {
     FlawSetup flaw{};
 };
 
-// Reads entry `entry` of the setup table of a file of `file_type`. Every field
-// goes through the field reader, in table order, stopping at the first
+// Reads the setup table entry at `offset` (the map's setup_offset). Every
+// field goes through the field reader, in table order, stopping at the first
 // failure. 1, or 0 when a field can't be read (or the setup name has no
 // terminator within its 33 bytes).
-int read_gauge_setup(DlStream& stream, int entry, GaugeSetup& setup, std::int32_t file_type);
-int read_flaw_setup(DlStream& stream, int entry, FlawSetup& setup, std::int32_t file_type);
-
-// A run of field reads relative to a base offset that stops at the first
-// failure: once `ok` is 0 no further byte is touched and every read gives 0.
-struct FieldRun {
-    DlStream& stream;
-    std::uint64_t base = 0;
-    int ok = 1;
-
-    std::uint8_t u8(std::uint64_t at) { return ok != 0 ? read_u8(stream, base + at, &ok) : 0; }
-    std::uint16_t u16(std::uint64_t at) { return ok != 0 ? read_u16_be(stream, base + at, &ok) : 0; }
-    std::uint32_t u24(std::uint64_t at) { return ok != 0 ? read_u24_be(stream, base + at, &ok) : 0; }
-    std::uint32_t u32(std::uint64_t at) { return ok != 0 ? read_u32_be(stream, base + at, &ok) : 0; }
-    std::uint64_t u40(std::uint64_t at) { return ok != 0 ? read_u40_be(stream, base + at, &ok) : 0; }
-    // Signed fields are stored as the unsigned kinds of their width.
-    std::int16_t i16(std::uint64_t at) { return static_cast<std::int16_t>(u16(at)); }
-    std::int32_t i32(std::uint64_t at) { return static_cast<std::int32_t>(u32(at)); }
-    // A terminated text of at most `max` bytes; a missing terminator fails.
-    void text(std::uint64_t at, char* dst, std::size_t dst_size, std::uint16_t max) {
-        if (ok != 0) ok = read_text(stream, base + at, dst, dst_size, max) != 0 ? 1 : 0;
-    }
-};
-
-inline std::uint32_t word_bits(std::uint32_t word, int low, int count) {
-    return (word >> low) & ((1u << count) - 1u);
-}
+int read_gauge_setup(DlStream& stream, std::uint64_t offset, GaugeSetup& setup);
+int read_flaw_setup(DlStream& stream, std::uint64_t offset, FlawSetup& setup);
 
 // diff_flags of the gauge layout.
 inline std::uint32_t alarm_type(const GaugeSetup& s) { return word_bits(s.diff_flags, 13, 3); }
@@ -178,6 +151,9 @@ inline std::uint32_t rectification(const FlawSetup& s) { return word_bits(s.mode
 inline std::uint32_t units(const FlawSetup& s) { return word_bits(s.mode_word, 11, 2); }
 inline std::uint32_t resolution(const FlawSetup& s) { return word_bits(s.mode_word, 10, 1); }
 inline std::uint32_t meas_mode(const FlawSetup& s) { return word_bits(s.mode_word, 8, 2); }
+// Flaw detector measurement mode "THRU" (through-transmission): its lengths
+// show doubled.
+inline constexpr std::uint32_t FLAW_MEAS_MODE_THRU = 2;
 inline std::uint32_t gate2_enabled(const FlawSetup& s) { return word_bits(s.mode_word, 7, 1); }
 inline std::uint32_t zoom(const FlawSetup& s) { return word_bits(s.mode_word, 6, 1); }
 inline std::uint32_t peak_mode(const FlawSetup& s) { return word_bits(s.mode_word, 4, 2); }

@@ -1,6 +1,6 @@
 #include "grid/grid.h"
 
-#include "ident/session_id.h"
+#include "store/session_id.h"
 #include "present/reading_value.h"
 #include "store/record.h"
 #include "store/scan.h"
@@ -8,10 +8,6 @@
 namespace ugf {
 
 namespace {
-
-// The scan of the current cell. Too large for the stack, and only ever one
-// cell at a time.
-ScanStore scan_store;
 
 // The low 32 bits of the dimension sizes, unsigned: a size that couldn't be
 // measured (-1) runs on until a slot can't be read. Storage indexes of cells
@@ -103,6 +99,7 @@ int write_grid_cell(DlSession& session, std::int64_t storage_index, CsvSink& sin
     ReadingRecord reading{};
     const AscanRecord* scan = nullptr;
     int velocity_cell = 0;
+    ScanStore& scan_store = *session.scan_store;
     if (read_reading(session, storage_index, reading, scan_store, 0) == 0) return 0;
 
     const bool flaw = session.gage_type == GAGE_FLAW_DETECTOR;
@@ -129,7 +126,7 @@ int write_grid_cell(DlSession& session, std::int64_t storage_index, CsvSink& sin
     // One velocity test, behind the merge: it covers a block head too.
     if (!flaw && record_type(reading) != RECORD_BSCAN_LINK && is_velocity_reading(reading)) {
         velocity_cell = 1;
-        make_velocity_text(velocity_value(reading), units(reading));
+        make_velocity_text(session, velocity_value(reading), units(reading));
     }
     return print_reading_value(session, reading, sink, 1, layout, 0, scan,
                                scan != nullptr ? &scan_store : nullptr, velocity_cell);

@@ -9,7 +9,7 @@
 
 #include "file/session.h"
 #include "present/number_format.h"
-#include "run/console.h"
+#include "base/console.h"
 
 namespace ugf {
 

@@ -6,6 +6,8 @@
 #include <array>
 #include <cstdint>
 
+#include "base/file_types.h"
+
 namespace ugf {
 
 struct IdCursor {
@@ -19,8 +21,6 @@ enum WalkPattern : std::int32_t {
     WALK_ZIGZAG = 2,
     WALK_REVERSE_ZIGZAG = 3,
 };
-
-inline constexpr std::int32_t FILE_TYPE_4D_MANUAL = 12;
 
 // ((p3 x s2 + p2) x s1 + p1) x s0 + p0; the sizes may be anything a damaged
 // header gives, the arithmetic wraps instead of overflowing.

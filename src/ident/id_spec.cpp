@@ -3,17 +3,13 @@
 #include <array>
 #include <cstring>
 
-#include "run/console.h"
+#include "base/console.h"
 
 namespace ugf {
 namespace {
 
 bool is_letter(char c) { return c >= 'A' && c <= 'Z'; }
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
-
-// Manual files (2D-, 3D-, 4D-MANUAL) name their positions by label tables;
-// their dimension texts only mark a dimension as present.
-bool is_manual(std::int32_t file_type) { return file_type >= 10 && file_type <= 12; }
 
 // Copies at most ID_TEXT_MAX characters of src (absent: empty) into dst,
 // which holds ID_TEXT_SIZE bytes, and terminates it.
@@ -117,14 +113,15 @@ void id_spec_init_ranges(IdSpec& id_spec, const char* prefix, const char* const 
         copy_text(dim.start_text, start_text);
         copy_text(dim.end_text, end_text);
         std::int64_t difference = 0;
+        char result[ID_TEXT_SIZE];
         // The size counts whole steps; the quotient of two values of at most
         // ID_VALUE_MAX by a non-zero 32-bit step can't overflow.
-        id_spec.cursor.dim_size[d] = id_text_subtract(dim.end_text, dim.start_text, &difference)
+        id_spec.cursor.dim_size[d] = id_text_subtract(dim.end_text, dim.start_text, &difference, result)
                                       ? difference / dim_step + 1
                                       : -1;
         copy_text(dim.current_text, dim.start_text);
         id_spec.cursor.dim_position[d] =
-            id_text_subtract(dim.current_text, dim.start_text, &difference)
+            id_text_subtract(dim.current_text, dim.start_text, &difference, result)
                 ? difference / dim_step
                 : -1;
     }
@@ -132,9 +129,12 @@ void id_spec_init_ranges(IdSpec& id_spec, const char* prefix, const char* const 
 
 void id_spec_init_manual(IdSpec& id_spec, const std::int64_t size[4], const std::int32_t step[4],
                          std::int32_t file_type) {
-    static const char* const START[4] = {"S1", "S2", "S3", "S4"};
-    static const char* const END[4] = {"E1", "E2", "E3", "E4"};
-    int used = file_type == 10 ? 2 : file_type == 11 ? 3 : file_type == FILE_TYPE_4D_MANUAL ? 4 : 0;
+    static constexpr char START[4][3] = {"S1", "S2", "S3", "S4"};
+    static constexpr char END[4][3] = {"E1", "E2", "E3", "E4"};
+    int used = file_type == FILE_TYPE_2D_MANUAL   ? 2
+               : file_type == FILE_TYPE_3D_MANUAL ? 3
+               : file_type == FILE_TYPE_4D_MANUAL ? 4
+                                                  : 0;
     id_spec.prefix[0] = '\0';
     for (int d = 0; d < 4; ++d) {
         IdDimension& dim = id_spec.dims[d];
@@ -161,9 +161,9 @@ const char* offset_template(IdDimension& dim) {
         return span.subtracts ? span.offset_template : nullptr;
     }
     std::int64_t difference = 0;
-    span.subtracts = id_text_subtract(dim.end_text, dim.start_text, &difference) != 0;
+    char result[ID_TEXT_SIZE];
+    span.subtracts = id_text_subtract(dim.end_text, dim.start_text, &difference, result) != 0;
     if (span.subtracts) {
-        const char* result = id_result_text();
         const char* tail = std::strrchr(result, '-');
         tail = tail != nullptr ? tail + 1 : result;
         const char* templ = tail;
@@ -181,7 +181,7 @@ const char* offset_template(IdDimension& dim) {
 // start and end texts don't subtract: current_text is then left as it was, so
 // that outcome depends on more than the inputs and is never remembered.
 int compute_dimension_text(IdDimension& dim, std::int32_t file_type, std::int64_t offset) {
-    if (is_manual(file_type)) {
+    if (is_manual_layout(file_type)) {
         format_text(dim.current_text, ID_TEXT_SIZE, "%lld", static_cast<long long>(offset));
         return 1;
     }
@@ -201,10 +201,11 @@ int compute_dimension_text(IdDimension& dim, std::int32_t file_type, std::int64_
     std::size_t kept = length - width;
     std::int64_t value = 0;
     std::int32_t carry = 0;
-    if (id_text_add(dim.start_text + kept, offset_text, &value, &carry) == 0) return 1;
+    char sum[ID_TEXT_SIZE];
+    if (id_text_add(dim.start_text + kept, offset_text, &value, &carry, sum) == 0) return 1;
     char current[ID_TEXT_SIZE] = {};
     std::memcpy(current, dim.start_text, kept);
-    copy_text(current + kept, id_result_text());
+    copy_text(current + kept, sum);
     if (carry != 0) run_carry(current, kept);
     copy_text(dim.current_text, current);
     return 1;
@@ -214,24 +215,7 @@ int compute_dimension_text(IdDimension& dim, std::int32_t file_type, std::int64_
 
 namespace {
 
-// Dimension texts worked out before, keyed on everything a text depends on:
-// the manual flag, the start and end texts and the offset. A walk comes back
-// to the same offsets of its fastest dimension row after row; a table with
-// room for a few thousand of them lets it copy the texts instead of working
-// them out again. Direct-mapped: a new text replaces the slot's old one.
-struct RecentText {
-    bool valid = false;
-    bool manual = false;
-    std::int64_t offset = 0;
-    char start_text[ID_TEXT_SIZE] = {};
-    char end_text[ID_TEXT_SIZE] = {};
-    char result[ID_TEXT_SIZE] = {};
-};
-
-constexpr std::size_t RECENT_TEXT_SLOTS = 4096;
-std::array<RecentText, RECENT_TEXT_SLOTS> recent_texts{};
-
-RecentText& recent_slot(const IdDimension& dim, std::int64_t offset) {
+RecentText& recent_slot(RecentTexts& recent_texts, const IdDimension& dim, std::int64_t offset) {
     std::uint64_t start_head = 0;
     std::uint64_t end_head = 0;
     std::memcpy(&start_head, dim.start_text, sizeof start_head);
@@ -239,38 +223,41 @@ RecentText& recent_slot(const IdDimension& dim, std::int64_t offset) {
     std::uint64_t h = static_cast<std::uint64_t>(offset) * 0x9E3779B97F4A7C15ull;
     h ^= (start_head * 0xBF58476D1CE4E5B9ull) ^ (end_head * 0x94D049BB133111EBull);
     h ^= h >> 29;
-    return recent_texts[static_cast<std::size_t>(h) & (RECENT_TEXT_SLOTS - 1)];
+    return recent_texts.slots[static_cast<std::size_t>(h) & (RECENT_TEXT_SLOTS - 1)];
 }
 
 bool same_texts(const char* a, const char* b) { return std::memcmp(a, b, ID_TEXT_SIZE) == 0; }
 
 }  // namespace
 
-void id_dimension_refresh(IdDimension& dim, std::int32_t file_type, std::int64_t offset) {
+void id_dimension_refresh(IdDimension& dim, std::int32_t file_type, std::int64_t offset,
+                          RecentTexts* recent_texts) {
     if (dim.step == 0) {
         dim.current_text[0] = '\0';
         return;
     }
     IdDimension::RefreshMemo& memo = dim.memo;
-    const bool manual = is_manual(file_type);
+    const bool manual = is_manual_layout(file_type);
     if (memo.valid && memo.manual == manual && memo.offset == offset &&
         same_texts(memo.start_text, dim.start_text) && same_texts(memo.end_text, dim.end_text)) {
         std::memcpy(dim.current_text, memo.result, ID_TEXT_SIZE);
         return;
     }
-    RecentText& recent = recent_slot(dim, offset);
-    if (recent.valid && recent.manual == manual && recent.offset == offset &&
-        same_texts(recent.start_text, dim.start_text) && same_texts(recent.end_text, dim.end_text)) {
-        std::memcpy(dim.current_text, recent.result, ID_TEXT_SIZE);
+    RecentText* recent = recent_texts != nullptr ? &recent_slot(*recent_texts, dim, offset) : nullptr;
+    if (recent != nullptr && recent->valid && recent->manual == manual && recent->offset == offset &&
+        same_texts(recent->start_text, dim.start_text) && same_texts(recent->end_text, dim.end_text)) {
+        std::memcpy(dim.current_text, recent->result, ID_TEXT_SIZE);
     } else {
         memo.valid = compute_dimension_text(dim, file_type, offset) == 1;
         if (!memo.valid) return;
-        recent.valid = true;
-        recent.manual = manual;
-        recent.offset = offset;
-        std::memcpy(recent.start_text, dim.start_text, ID_TEXT_SIZE);
-        std::memcpy(recent.end_text, dim.end_text, ID_TEXT_SIZE);
-        std::memcpy(recent.result, dim.current_text, ID_TEXT_SIZE);
+        if (recent != nullptr) {
+            recent->valid = true;
+            recent->manual = manual;
+            recent->offset = offset;
+            std::memcpy(recent->start_text, dim.start_text, ID_TEXT_SIZE);
+            std::memcpy(recent->end_text, dim.end_text, ID_TEXT_SIZE);
+            std::memcpy(recent->result, dim.current_text, ID_TEXT_SIZE);
+        }
     }
     memo.valid = true;
     memo.manual = manual;
@@ -285,7 +272,8 @@ void id_spec_refresh(IdSpec& id_spec, std::int32_t file_type) {
         // step x position wraps in 64 bits; only damaged positions get there.
         auto step = static_cast<std::uint64_t>(static_cast<std::int64_t>(id_spec.dims[d].step));
         std::uint64_t offset = step * static_cast<std::uint64_t>(id_spec.cursor.dim_position[d]);
-        id_dimension_refresh(id_spec.dims[d], file_type, static_cast<std::int64_t>(offset));
+        id_dimension_refresh(id_spec.dims[d], file_type, static_cast<std::int64_t>(offset),
+                             id_spec.recent_texts);
     }
 }
 
@@ -293,7 +281,7 @@ void id_spec_compose(const IdSpec& id_spec, char* out, int with_prefix, const La
                      const char* suffix, int suffix_dimension, std::int32_t file_type) {
     if (out == nullptr) return;
     out[0] = '\0';
-    bool manual = is_manual(file_type);
+    bool manual = is_manual_layout(file_type);
     bool has_label = label != nullptr && label->label != nullptr;
     if (file_type == FILE_TYPE_4D_MANUAL) suffix = nullptr;
     std::size_t n = 0;  // the length of out

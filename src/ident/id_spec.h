@@ -4,6 +4,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "ident/cursor.h"
@@ -43,10 +44,33 @@ struct IdDimension {
     } span{};
 };
 
+// Dimension texts worked out before, keyed on everything a text depends on:
+// the manual flag, the start and end texts and the offset. A walk comes back
+// to the same offsets of its fastest dimension row after row; a table with
+// room for a few thousand of them lets it copy the texts instead of working
+// them out again. Direct-mapped: a new text replaces the slot's old one.
+struct RecentText {
+    bool valid = false;
+    bool manual = false;
+    std::int64_t offset = 0;
+    char start_text[ID_TEXT_SIZE] = {};
+    char end_text[ID_TEXT_SIZE] = {};
+    char result[ID_TEXT_SIZE] = {};
+};
+
+inline constexpr std::size_t RECENT_TEXT_SLOTS = 4096;
+
+struct RecentTexts {
+    std::array<RecentText, RECENT_TEXT_SLOTS> slots{};
+};
+
 struct IdSpec {
     char prefix[ID_TEXT_SIZE] = {};
     std::array<IdDimension, 4> dims{};
     IdCursor cursor{};
+    // The table of recent dimension texts that refreshes use, owned by the
+    // caller (the session); nullptr: none.
+    RecentTexts* recent_texts = nullptr;
 };
 
 // A label operation: the text of a position of a dimension (custom point
@@ -64,7 +88,10 @@ void id_spec_init_ranges(IdSpec& id_spec, const char* prefix, const char* const 
 void id_spec_init_manual(IdSpec& id_spec, const std::int64_t size[4], const std::int32_t step[4],
                          std::int32_t file_type);
 
-void id_dimension_refresh(IdDimension& dim, std::int32_t file_type, std::int64_t offset);
+// Works out the dimension's current_text at `offset`, with the table of
+// recent texts when `recent_texts` is not nullptr.
+void id_dimension_refresh(IdDimension& dim, std::int32_t file_type, std::int64_t offset,
+                          RecentTexts* recent_texts);
 void id_spec_refresh(IdSpec& id_spec, std::int32_t file_type);
 
 // Joins the dimension texts (from the highest used one down) into out, which

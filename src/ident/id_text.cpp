@@ -5,9 +5,6 @@
 namespace ugf {
 namespace {
 
-// The text of the last successful add or subtract, zero at start.
-char result_text[ID_TEXT_SIZE] = {};
-
 // Only "A"-"Z" and "0"-"9" count; no case folding, no locale.
 bool is_letter(char c) { return c >= 'A' && c <= 'Z'; }
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
@@ -29,7 +26,7 @@ std::size_t tail_start_of(const char* text, std::size_t length) {
     return 0;
 }
 
-// Value of the private result, leading zero characters skipped (an all-zero
+// Value of a result text, leading zero characters skipped (an all-zero
 // result reaches the value as the empty text, 0).
 std::int64_t value_without_leading_zeros(const char* text) {
     while (is_zero_char(*text)) ++text;
@@ -84,15 +81,18 @@ int id_texts_match(const char* a, const char* b) {
 }
 
 int id_text_add(const char* first, const char* second, std::int64_t* value,
-                std::int32_t* carry) {
-    if (first == nullptr || second == nullptr || value == nullptr || carry == nullptr) return 0;
+                std::int32_t* carry, char* result) {
+    if (first == nullptr || second == nullptr || value == nullptr || carry == nullptr ||
+        result == nullptr) {
+        return 0;
+    }
     *value = 0;
     *carry = 0;
     std::size_t length = bounded_length(first);
     if (length > ID_TEXT_MAX || bounded_length(second) > ID_TEXT_MAX) return 0;
     if (id_texts_match(first, second) == 0) return 0;
 
-    std::memset(result_text, 0, sizeof result_text);
+    std::memset(result, 0, ID_TEXT_SIZE);
     char sum[ID_TEXT_SIZE] = {};  // the tail's digits, from its first position
     std::size_t tail = tail_start_of(first, length);
     int running = 0;
@@ -120,9 +120,8 @@ int id_text_add(const char* first, const char* second, std::int64_t* value,
         return 0;
     }
     *value = v;
-    std::memcpy(result_text, first, tail);
-    std::memcpy(result_text + tail, sum, length - tail);
-    result_text[length] = '\0';
+    std::memcpy(result, first, tail);
+    std::memcpy(result + tail, sum, length - tail);
     return 1;
 }
 
@@ -140,8 +139,9 @@ int id_borrow(char* work, std::size_t position, std::size_t tail_start) {
     return 0;
 }
 
-int id_text_subtract(const char* minuend, const char* subtrahend, std::int64_t* value) {
-    if (minuend == nullptr || subtrahend == nullptr || value == nullptr) return 0;
+int id_text_subtract(const char* minuend, const char* subtrahend, std::int64_t* value,
+                     char* result) {
+    if (minuend == nullptr || subtrahend == nullptr || value == nullptr || result == nullptr) return 0;
     *value = 0;
     std::size_t length = bounded_length(subtrahend);
     if (bounded_length(minuend) > ID_TEXT_MAX || length > ID_TEXT_MAX) return 0;
@@ -164,14 +164,12 @@ int id_text_subtract(const char* minuend, const char* subtrahend, std::int64_t* 
     }
 
     std::int64_t v = value_without_leading_zeros(difference);
-    if (v < 0) return 0;  // the text of the last success stays
+    if (v < 0) return 0;  // result is left as it was
     *value = v;
-    std::memset(result_text, 0, sizeof result_text);
-    std::memcpy(result_text, sub, tail);
-    std::memcpy(result_text + tail, difference, length - tail);
+    std::memset(result, 0, ID_TEXT_SIZE);
+    std::memcpy(result, sub, tail);
+    std::memcpy(result + tail, difference, length - tail);
     return 1;
 }
-
-const char* id_result_text() { return result_text; }
 
 }  // namespace ugf

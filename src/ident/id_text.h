@@ -21,20 +21,20 @@ std::int64_t id_text_value(const char* tail);
 int id_texts_match(const char* a, const char* b);
 
 // first + second, position by position over the tail of `first`. On success
-// (1) id_result_text() holds the head of `first` and the whole sum, *value
-// the value of the sum and *carry the carry out of the tail's first position.
+// (1) `result` (ID_TEXT_SIZE bytes) holds the head of `first` and the whole
+// sum, *value the value of the sum and *carry the carry out of the tail's
+// first position.
 int id_text_add(const char* first, const char* second, std::int64_t* value,
-                std::int32_t* carry);
+                std::int32_t* carry, char* result);
 
-// minuend - subtrahend over the tail. On success (1) id_result_text() holds
-// the head of the subtrahend and the whole difference, *value its value.
-int id_text_subtract(const char* minuend, const char* subtrahend, std::int64_t* value);
+// minuend - subtrahend over the tail. On success (1) `result` (ID_TEXT_SIZE
+// bytes) holds the head of the subtrahend and the whole difference, *value
+// its value; on failure it is left as it was.
+int id_text_subtract(const char* minuend, const char* subtrahend, std::int64_t* value,
+                     char* result);
 
 // Borrow for `position` of the working copy `work`, whose tail begins at
 // `tail_start`. 0 on success, -1 when nothing is left to borrow from.
 int id_borrow(char* work, std::size_t position, std::size_t tail_start);
-
-// The text of the last successful add or subtract (ID_TEXT_SIZE bytes).
-const char* id_result_text();
 
 }  // namespace ugf

@@ -271,7 +271,7 @@ namespace {
 enum class AlarmTest { None, Level, NoSignal, Depth, Curve };
 
 struct AlarmKind {
-    const char* text;
+    char text[7];
     AlarmTest test;
     std::size_t curve;  // which of the four curves a curve test uses
 };

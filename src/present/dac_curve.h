@@ -13,7 +13,7 @@
 #include <cstdint>
 #include <span>
 
-#include "store/dac_point.h"
+#include "file/records.h"
 
 namespace ugf {
 

@@ -4,26 +4,16 @@
 
 #include "present/dac_curve.h"
 #include "present/meas_box.h"
-#include "run/labels.h"
+#include "base/labels.h"
+#include "base/text_table.h"
 
 namespace ugf {
 
 namespace {
 
-constexpr std::uint32_t KIND_OFF = 0;
-constexpr std::uint32_t KIND_OFF_TOO = 31;
-constexpr std::uint32_t KIND_GATE1_AMPLITUDE = 35;
-constexpr std::uint32_t KIND_GATE2_AMPLITUDE = 36;
-constexpr std::uint32_t KIND_AWS_A = 38;
-constexpr std::uint32_t KIND_AWS_C = 39;
-constexpr std::uint32_t KIND_COATING = 40;
-
-constexpr std::uint32_t MEAS_MODE_THRU = 2;   // through-transmission: lengths show doubled
 constexpr std::uint32_t RECTIFICATION_RF = 0;  // amplitudes centred on 256
-constexpr std::int64_t UI_UNITS_BASE = 13;     // "IN", "MM", "US"
-constexpr std::int64_t UI_FLAG_BASE = 128;     // "OFF", "ON"
 
-constexpr std::array<const char*, 6> ALARM_STATE_TEXTS = {
+constexpr char ALARM_STATE_TEXTS[][13] = {
     "OFF", "HIGH", "LOW", "WARNING HIGH", "WARNING LOW", "ON",
 };
 
@@ -32,34 +22,24 @@ constexpr DacPointStore NO_DAC_POINTS{};
 
 using Piece = std::array<char, FLAW_PIECE_SIZE>;
 
-bool is_off(std::uint32_t kind) { return kind == KIND_OFF || kind == KIND_OFF_TOO; }
+bool is_off(std::uint32_t kind) { return kind == BOX_KIND_OFF || kind == BOX_KIND_OFF_TOO; }
 
 bool is_amplitude_kind(std::uint32_t kind) {
-    return kind == KIND_GATE1_AMPLITUDE || kind == KIND_GATE2_AMPLITUDE;
+    return kind == BOX_KIND_GATE1_AMPLITUDE || kind == BOX_KIND_GATE2_AMPLITUDE;
 }
 
 // Renders one box into `box`, whose text carries over from the box before:
 // the kinds without a rule leave it as it was.
 void render_box(MeasBox& box, std::uint32_t kind, std::uint32_t word, const FlawSetup& setup) {
     box.kind = static_cast<std::int32_t>(kind);
-    const bool valueless = kind == KIND_OFF || kind == 29 || kind == 30 || kind == KIND_OFF_TOO ||
-                           kind == 37 || kind > KIND_COATING;
-    box.value = valueless ? 0u : word;
-    render_box_value(box, units(setup), resolution(setup), meas_mode(setup) == MEAS_MODE_THRU ? 1u : 0u);
+    box.value = box_kind_has_value(kind) ? word : 0u;
+    render_box_value(box, units(setup), resolution(setup), meas_mode(setup) == FLAW_MEAS_MODE_THRU ? 1u : 0u);
 }
 
 // The name of a box kind in boxes 2 and 3, where kind 40 has its long name.
 const char* later_box_name(std::uint32_t kind) {
-    switch (kind) {
-        case KIND_AWS_A:
-            return ui_text(1063);
-        case KIND_AWS_C:
-            return ui_text(1064);
-        case KIND_COATING:
-            return ui_text(1444);
-        default:
-            return box_kind_name(static_cast<std::int32_t>(kind));
-    }
+    if (kind == BOX_KIND_COATING) return ui_text(UI_COATING_LONG);
+    return box_kind_name(static_cast<std::int32_t>(kind));
 }
 
 int write_piece(const Piece& piece, CsvSink& sink) { return csv_write(piece.data(), sink); }
@@ -68,9 +48,9 @@ int write_piece(const Piece& piece, CsvSink& sink) { return csv_write(piece.data
 void box1_piece(Piece& p, const ReadingRecord& reading, const FlawSetup& setup, const MeasBox& box,
                 const AscanRecord* scan) {
     const std::uint32_t kind = box1_kind(setup);
-    const char* u = ui_text(UI_UNITS_BASE + units(setup));
+    const char* u = ui_text(UI_UNITS + units(setup));
     if (is_off(kind)) {
-        format_text_bounded(p.data(), p.size(), "%s,%s,,", u, ui_text(UI_FLAG_BASE));
+        format_text_bounded(p.data(), p.size(), "%s,%s,,", u, ui_text(UI_OFF_ON));
     } else if (is_amplitude_kind(kind)) {
         format_text_bounded(p.data(), p.size(), "%s,%s,%s %d%%,", u, box_kind_name(static_cast<std::int32_t>(kind)),
                             box.text.data(),
@@ -83,13 +63,13 @@ void box1_piece(Piece& p, const ReadingRecord& reading, const FlawSetup& setup, 
 
 void box2_piece(Piece& p, std::uint32_t kind, const MeasBox& box) {
     if (is_off(kind)) format_text_bounded(p.data(), p.size(), ",,");
-    else if (kind > KIND_COATING) format_text_bounded(p.data(), p.size(), " ,%s,", box.text.data());
+    else if (kind > BOX_KIND_COATING) format_text_bounded(p.data(), p.size(), " ,%s,", box.text.data());
     else format_text_bounded(p.data(), p.size(), "%s,%s,", later_box_name(kind), box.text.data());
 }
 
 void box3_piece(Piece& p, std::uint32_t kind, const MeasBox& box, int setup_number) {
     if (is_off(kind)) format_text_bounded(p.data(), p.size(), ",,%i,", setup_number);
-    else if (kind > KIND_COATING) format_text_bounded(p.data(), p.size(), " ,%s,%i,", box.text.data(), setup_number);
+    else if (kind > BOX_KIND_COATING) format_text_bounded(p.data(), p.size(), " ,%s,%i,", box.text.data(), setup_number);
     else format_text_bounded(p.data(), p.size(), "%s,%s,%i,", later_box_name(kind), box.text.data(), setup_number);
 }
 
@@ -106,7 +86,7 @@ void notes_piece(Piece& p, std::uint32_t mask, std::uint32_t kind) {
 }
 
 void flag_piece(Piece& p, std::uint32_t flag) {
-    format_text_bounded(p.data(), p.size(), "%s,", ui_text(UI_FLAG_BASE + (flag != 0 ? 1 : 0)));
+    format_text_bounded(p.data(), p.size(), "%s,", ui_text(UI_OFF_ON + (flag != 0 ? 1 : 0)));
 }
 
 int print_flaw_row(const ReadingRecord& reading, const FlawSetup& setup, CsvSink& sink,
@@ -147,7 +127,7 @@ int print_flaw_row(const ReadingRecord& reading, const FlawSetup& setup, CsvSink
 }  // namespace
 
 const char* alarm_state_text(std::uint32_t code) {
-    return code < ALARM_STATE_TEXTS.size() ? ALARM_STATE_TEXTS[code] : "";
+    return code_text(ALARM_STATE_TEXTS, code);
 }
 
 std::int32_t amplitude_percent(const ReadingRecord& reading, std::uint32_t box_kind,
@@ -158,7 +138,7 @@ std::int32_t amplitude_percent(const ReadingRecord& reading, std::uint32_t box_k
         case RECORD_ASCAN_LINK: {
             // No A-scan at hand: nothing is known of the gate's amplitude.
             if (scan == nullptr) return 0;
-            const std::uint16_t g = box_kind == KIND_GATE1_AMPLITUDE ? scan->gate1_amplitude : scan->gate2_amplitude;
+            const std::uint16_t g = box_kind == BOX_KIND_GATE1_AMPLITUDE ? scan->gate1_amplitude : scan->gate2_amplitude;
             std::uint16_t a = 0;
             if (g != AMPLITUDE_LOST) {
                 if (rectification != RECTIFICATION_RF) a = g;
@@ -211,7 +191,7 @@ int print_flaw_reading(const DlSession& session, const ReadingRecord& reading, C
         MeasBox box{};
         const std::uint32_t kind = box1_kind(setup);
         render_box(box, kind, reading.word1, setup);
-        if (kind == KIND_OFF) return csv_write(",", sink);
+        if (kind == BOX_KIND_OFF) return csv_write(",", sink);
         Piece p{};
         format_text_bounded(p.data(), p.size(), "%s,", box.text.data());
         return write_piece(p, sink);

@@ -12,8 +12,8 @@
 
 #include "file/session.h"
 #include "file/setup.h"
-#include "run/console.h"
-#include "store/dac_point.h"
+#include "base/console.h"
+#include "file/records.h"
 #include "store/record.h"
 #include "store/scan.h"
 

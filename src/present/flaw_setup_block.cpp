@@ -1,10 +1,12 @@
 #include "present/flaw_setup_block.h"
 
 #include <cstring>
+#include <iterator>
 
 #include "present/dac_curve.h"
 #include "present/number_format.h"
-#include "run/labels.h"
+#include "base/labels.h"
+#include "base/text_table.h"
 
 namespace ugf {
 
@@ -13,33 +15,27 @@ namespace {
 // A dB text keeps at most 7 characters; a signed one puts its sign in front.
 constexpr std::size_t DB_TEXT_SIZE = 8;
 
-// Base rows of UiText selected by a code.
-constexpr std::int64_t UI_UNITS = 13;           // "IN", "MM", "US"
-constexpr std::int64_t UI_OFF_ON = 128;         // "OFF", "ON"
-constexpr std::int64_t UI_RECTIFICATION = 135;  // " RF ", "FULL", "HW+ ", "HW- "
-constexpr std::int64_t UI_MEAS_MODE = 1046;     // "P/E ", "DUAL", "THRU", "GATE 2"
-constexpr std::uint32_t THROUGH_TRANSMISSION = 2;  // meas_mode "THRU" doubles lengths
 
-constexpr std::array<const char*, 4> ENERGY = {"30 V", "60 V", "90 V", "120V"};
-constexpr std::array<const char*, 3> PEAK_MODE = {"OFF", "ON", "HOLD"};
-constexpr std::array<const char*, 3> BSCAN_MODE = {"OFF", "MANUAL", "ENCODED"};
-constexpr std::array<const char*, 4> ENCODER_MODEL = {"ROLLEN-4", "ROLLEN-5", "ROLLEN-6", "CUSTOM"};
-constexpr std::array<const char*, 3> SAVE_ASCAN = {"NEVER", "MIN", "ALARM"};
-constexpr std::array<const char*, 4> DAC_MODE = {"ASME", "ASME 3", "JIS", "CUSTOM"};
-constexpr std::array<const char*, 4> DAC_RECTIFICATION = {"RF", "FULL", "HW+ ", "HW- "};
+constexpr char ENERGY[][5] = {"30 V", "60 V", "90 V", "120V"};
+constexpr char PEAK_MODE[][5] = {"OFF", "ON", "HOLD"};
+constexpr char BSCAN_MODE[][8] = {"OFF", "MANUAL", "ENCODED"};
+constexpr char ENCODER_MODEL[][9] = {"ROLLEN-4", "ROLLEN-5", "ROLLEN-6", "CUSTOM"};
+constexpr char SAVE_ASCAN[][6] = {"NEVER", "MIN", "ALARM"};
+constexpr char DAC_MODE[][7] = {"ASME", "ASME 3", "JIS", "CUSTOM"};
+constexpr char DAC_RECTIFICATION[][5] = {"RF", "FULL", "HW+ ", "HW- "};
 
 // The curves of each DAC family by the selected curve number, named by their
 // offset or their letters as the gate alarm texts name them. A family above 3
 // has no curves ("NONE" for every number).
-constexpr std::array<std::array<const char*, 4>, 4> CURVE_NAME = {{
+constexpr char CURVE_NAME[4][4][6] = {
     {"0DB", "0DB", "0DB", "0DB"},
     {"0DB", "-6DB", "-14DB", ""},
     {"6DB", "0DB", "-6DB", "-12DB"},
     {"RL", "SL", "EL", ""},
-}};
+};
 
 const char* curve_name(std::uint32_t dac_mode, std::uint32_t curve) {
-    if (dac_mode >= CURVE_NAME.size()) return "NONE";
+    if (dac_mode >= std::size(CURVE_NAME)) return "NONE";
     // ASME has one curve, whatever the number.
     return code_text(CURVE_NAME[dac_mode], curve, dac_mode == 0 ? "0DB" : "");
 }
@@ -141,7 +137,7 @@ struct BlockLines {
 
 int write_setup_block(const FlawSetup& setup, int setup_number, CsvSink& sink) {
     const std::uint32_t u = units(setup);
-    BlockLines out{sink, setup, ui_text(UI_UNITS + u), meas_mode(setup) == THROUGH_TRANSMISSION ? 1u : 0u};
+    BlockLines out{sink, setup, ui_text(UI_UNITS + u), meas_mode(setup) == FLAW_MEAS_MODE_THRU ? 1u : 0u};
     char line[SETUP_LINE_SIZE];
     char value[SETUP_LINE_SIZE];
 
@@ -180,7 +176,7 @@ int write_setup_block(const FlawSetup& setup, int setup_number, CsvSink& sink) {
     out.db("GAIN", setup.gain);
     out.length("X VALUE", setup.x_value);
     out.text("RECTIFICATION", ui_text(UI_RECTIFICATION + rectification(setup)));
-    out.text("MEAS MODE", ui_text(UI_MEAS_MODE + meas_mode(setup)));
+    out.text("MEAS MODE", ui_text(UI_FLAW_MEAS_MODE + meas_mode(setup)));
     format_text_bounded(value, sizeof value, " %02i%%%%", static_cast<int>(reject_value(setup) / 10));
     out.text("REJECT", value);
     out.flag("ENABLE GATE 2", gate2_enabled(setup));

@@ -7,7 +7,7 @@
 #include <cstdint>
 
 #include "file/setup.h"
-#include "run/console.h"
+#include "base/console.h"
 
 namespace ugf {
 
@@ -18,13 +18,5 @@ inline constexpr std::size_t SETUP_LINE_SIZE = 50;
 // with its number, and the 62 lines of its settings in the instrument's
 // order. 1, or 0 when a write fails.
 int write_setup_block(const FlawSetup& setup, int setup_number, CsvSink& sink);
-
-// The text of a small code from its list of texts; a code past the end of the
-// list gives `other` (the empty text unless a rule names one).
-template <std::size_t N>
-const char* code_text(const std::array<const char*, N>& texts, std::uint32_t code,
-                      const char* other = "") {
-    return code < N ? texts[code] : other;
-}
 
 }  // namespace ugf

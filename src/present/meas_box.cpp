@@ -6,8 +6,8 @@
 #include <cstring>
 
 #include "present/number_format.h"
-#include "run/console.h"
-#include "run/labels.h"
+#include "base/console.h"
+#include "base/labels.h"
 
 namespace ugf {
 
@@ -39,7 +39,7 @@ struct BoxKind {
 };
 
 constexpr std::array<BoxKind, BOX_KIND_MAX + 1> BOX_KINDS = {{
-    {BoxRule::Blank, 128},            // 0 "OFF"
+    {BoxRule::Blank, UI_OFF_ON},      // 0 "OFF"
     {BoxRule::Length, 908},           // 1 gate 1 thickness
     {BoxRule::Length, 910},           // 2 gate 1 soundpath
     {BoxRule::FloatLength, 911},      // 3 gate 1 depth to reflector
@@ -70,7 +70,7 @@ constexpr std::array<BoxKind, BOX_KIND_MAX + 1> BOX_KINDS = {{
     {BoxRule::Pair, 936},             // 28 echo to echo
     {BoxRule::None, 937},             // 29 flat bottom hole size
     {BoxRule::None, 938},             // 30 data over shot
-    {BoxRule::Blank, 128},            // 31 "OFF"
+    {BoxRule::Blank, UI_OFF_ON},      // 31 "OFF"
     {BoxRule::PairRange, 940},        // 32 echo to echo min
     {BoxRule::PairRange, 941},        // 33 echo to echo max
     {BoxRule::Depth, 1548},           // 34 API DC
@@ -211,6 +211,12 @@ void render_box_value(MeasBox& box, std::uint32_t units, std::uint32_t resolutio
     const std::size_t n = std::min(std::strlen(t), limit);
     std::memcpy(box.text.data(), t, n);
     box.text[n] = '\0';
+}
+
+bool box_kind_has_value(std::uint32_t kind) {
+    if (kind > static_cast<std::uint32_t>(BOX_KIND_MAX)) return false;
+    const BoxRule rule = BOX_KINDS[kind].rule;
+    return rule != BoxRule::Blank && rule != BoxRule::None;
 }
 
 const char* box_kind_name(std::int32_t kind) {

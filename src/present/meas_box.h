@@ -10,6 +10,15 @@
 namespace ugf {
 
 inline constexpr std::int32_t BOX_KIND_MAX = 40;          // kinds 0 to 40 have a rule
+
+// The kinds that the rows name; the rule and the name of every kind are in
+// meas_box.cpp.
+inline constexpr std::uint32_t BOX_KIND_OFF = 0;
+inline constexpr std::uint32_t BOX_KIND_ECHO_TO_ECHO = 28;  // a B-scan stores lost pairs as empty boxes
+inline constexpr std::uint32_t BOX_KIND_OFF_TOO = 31;       // a second "OFF"
+inline constexpr std::uint32_t BOX_KIND_GATE1_AMPLITUDE = 35;
+inline constexpr std::uint32_t BOX_KIND_GATE2_AMPLITUDE = 36;
+inline constexpr std::uint32_t BOX_KIND_COATING = 40;
 inline constexpr std::size_t BOX_TEXT_SIZE = 8;            // at most 7 characters
 inline constexpr std::uint32_t BOX_NO_READING = 536870911;  // 0x1FFFFFFF: the gate holds no reading
 
@@ -28,6 +37,10 @@ struct MeasBox {
 // outside 0 to 40, leave the text as it is.
 void render_box_value(MeasBox& box, std::uint32_t units, std::uint32_t resolution,
                       std::uint32_t doubled);
+
+// Whether a box of the kind shows its stored value: not the "OFF" kinds,
+// nor kinds 29, 30 and 37, nor kinds outside 0 to 40.
+bool box_kind_has_value(std::uint32_t kind);
 
 // The name of a box kind, as the instrument's screen shows it: "OFF",
 // "GATE 1 THICKNESS", ... "GATE 1 COATING" for 40. Kind 37 and kinds outside

@@ -4,8 +4,8 @@
 #include <bit>
 #include <cstring>
 
-#include "run/console.h"
-#include "run/labels.h"
+#include "base/console.h"
+#include "base/labels.h"
 
 namespace ugf {
 
@@ -279,7 +279,7 @@ void format_gain_setting(char* out, std::size_t size, std::uint16_t mode, std::u
         if (db == 94) o.put(" MAX");
         return;
     }
-    format_text_bounded(out, size, "%-4.4s", ui_text(48 + static_cast<std::int64_t>(mode)));
+    format_text_bounded(out, size, "%-4.4s", ui_text(UI_GAIN_MODE + static_cast<std::int64_t>(mode)));
 }
 
 void format_velocity(char* out, std::size_t size, std::uint32_t value, std::uint32_t units) {

@@ -44,7 +44,7 @@ bool note_cell_text(const DlSession& session, std::uint32_t mask, char* out, std
 }  // namespace
 
 void thickness_cell_text(ThicknessCell& cell, const ReadingRecord& reading, int comma, int layout,
-                         std::uint32_t meas_mode, int velocity_cell) {
+                         std::uint32_t meas_mode, const char* velocity_cell) {
     if (record_type(reading) == RECORD_EMPTY) {
         cell[0] = comma == 1 ? ',' : '\0';
         cell[1] = '\0';
@@ -53,8 +53,8 @@ void thickness_cell_text(ThicknessCell& cell, const ReadingRecord& reading, int 
     std::array<char, NUMBER_TEXT_SIZE> text{};
     if (los(reading) != 0) {
         format_text_bounded(text.data(), text.size(), "%s", layout == LAYOUT_PRECISION ? "-.---" : "--.---");
-    } else if (velocity_cell == 1) {
-        format_text_bounded(text.data(), text.size(), "%s", velocity_text());
+    } else if (velocity_cell != nullptr) {
+        format_text_bounded(text.data(), text.size(), "%s", velocity_cell);
     } else {
         format_thickness(text.data(), text.size(), thickness_length(reading), units(reading), resolution(reading),
                          static_cast<DigitLayout>(layout), 0, meas_mode);
@@ -63,7 +63,7 @@ void thickness_cell_text(ThicknessCell& cell, const ReadingRecord& reading, int 
 }
 
 int print_thickness_cell(const ReadingRecord& reading, CsvSink& sink, int comma, int layout,
-                         std::uint32_t meas_mode, int velocity_cell) {
+                         std::uint32_t meas_mode, const char* velocity_cell) {
     if (record_type(reading) == RECORD_EMPTY) return comma == 1 ? csv_write(",", sink) : 1;
     ThicknessCell cell{};
     thickness_cell_text(cell, reading, comma, layout, meas_mode, velocity_cell);
@@ -84,7 +84,8 @@ int print_reading_value(const DlSession& session, const ReadingRecord& reading, 
             return csv_write(notes.data(), sink);
         }
     }
-    return print_thickness_cell(reading, sink, comma, layout, mode, velocity_cell);
+    return print_thickness_cell(reading, sink, comma, layout, mode,
+                                velocity_cell == 1 ? session.velocity_text : nullptr);
 }
 
 }  // namespace ugf

@@ -10,7 +10,7 @@
 
 #include "file/session.h"
 #include "present/number_format.h"
-#include "run/console.h"
+#include "base/console.h"
 #include "store/record.h"
 #include "store/scan.h"
 
@@ -27,7 +27,8 @@ namespace ugf {
 //                  nullptr.
 //   store          the scan store that holds the DAC points of `scan`, or
 //                  nullptr (then no curve exists).
-//   velocity_cell  1: a velocity reading whose text stands in velocity_text().
+//   velocity_cell  1: a velocity reading whose text stands in the session's
+//                  velocity_text.
 // Gage type 7 ignores comma, layout and velocity_cell. 1, or 0 when a write
 // fails.
 int print_reading_value(const DlSession& session, const ReadingRecord& reading, CsvSink& sink,
@@ -35,14 +36,15 @@ int print_reading_value(const DlSession& session, const ReadingRecord& reading, 
                         const ScanStore* store, int velocity_cell);
 
 // One thickness gauge cell: nothing or "," for an empty slot, the lost signal
-// marker ("--.---", "-.---" under LAYOUT_PRECISION), the velocity text, or
-// the thickness; with comma 1 a "," follows. Always 1.
+// marker ("--.---", "-.---" under LAYOUT_PRECISION), the velocity text
+// `velocity_cell` of a velocity reading (else nullptr), or the thickness; with
+// comma 1 a "," follows. Always 1.
 int print_thickness_cell(const ReadingRecord& reading, CsvSink& sink, int comma, int layout,
-                         std::uint32_t meas_mode, int velocity_cell);
+                         std::uint32_t meas_mode, const char* velocity_cell);
 
 // The text that print_thickness_cell writes, into `cell`.
 using ThicknessCell = std::array<char, NUMBER_TEXT_SIZE + 1>;
 void thickness_cell_text(ThicknessCell& cell, const ReadingRecord& reading, int comma, int layout,
-                         std::uint32_t meas_mode, int velocity_cell);
+                         std::uint32_t meas_mode, const char* velocity_cell);
 
 }  // namespace ugf

@@ -5,7 +5,8 @@
 
 #include "present/flaw_setup_block.h"
 #include "present/number_format.h"
-#include "run/labels.h"
+#include "base/labels.h"
+#include "base/text_table.h"
 
 namespace ugf {
 
@@ -16,19 +17,11 @@ namespace {
 constexpr std::size_t PIECE_SIZE = 100;
 constexpr std::size_t CELL_SIZE = 10;
 
-// Base rows of UiText selected by the units code.
-constexpr std::int64_t UI_UNITS = 13;            // "IN", "MM", "US"
-constexpr std::int64_t UI_VELOCITY_UNITS = 211;  // "IN/US", "M/S", "-----"
-constexpr std::int64_t UI_CP_UNITS = 1406;       // "MIL ", "MICR"
-constexpr std::int64_t UI_WIDE_BLANK = 2;        // 31 blanks
-
 constexpr std::uint32_t MEASUREMENT_VELOCITY = 1;
 constexpr std::uint16_t FIRST_VERSION_WITHOUT_DIRECTION = 20;
 
-constexpr std::array<const char*, 6> ALARM_TYPE = {"OFF", "HIGH", "LOW", "HIGH-LOW", "FILE COMPARE",
-                                                   "PHASE REVERSAL"};
-constexpr std::array<const char*, 3> DIFF_TYPE = {"OFF", "ABSOLUTE", "PERCENT"};
-constexpr std::array<const char*, 3> MEASUREMENT_TYPE = {"THICKNESS", "VELOCITY", "EXTERNAL THK"};
+constexpr char ALARM_TYPE[][15] = {"OFF", "HIGH", "LOW", "HIGH-LOW", "FILE COMPARE", "PHASE REVERSAL"};
+constexpr char MEASUREMENT_TYPE[][13] = {"THICKNESS", "VELOCITY", "EXTERNAL THK"};
 // LabelText rows of the precision gauge's modes; "C5" was added after "CP".
 constexpr std::array<std::int64_t, 6> MEAS_MODE_ROW = {76, 77, 78, 79, 175, 80};
 
@@ -88,7 +81,7 @@ struct SharedCells {
 
 void fill_shared_cells(SharedCells& c, const GaugeSetup& s, const LengthStyle& style) {
     format_velocity(c.velocity, sizeof c.velocity, s.velocity, style.units);
-    c.diff_type = code_text(DIFF_TYPE, diff_type(s));
+    c.diff_type = diff_type_text(diff_type(s));
     c.diff_ref[0] = '\0';
     if (diff_ref_blank(s) == 0) length_text(c.diff_ref, sizeof c.diff_ref, s.diff_reference, style);
     c.alarm_type = code_text(ALARM_TYPE, alarm_type(s));
@@ -110,6 +103,11 @@ void fill_shared_cells(SharedCells& c, const GaugeSetup& s, const LengthStyle& s
 }
 
 }  // namespace
+
+const char* diff_type_text(std::uint32_t diff_type) {
+    static constexpr char TEXTS[][9] = {"OFF", "ABSOLUTE", "PERCENT"};
+    return code_text(TEXTS, diff_type);
+}
 
 int write_setup_titles(const DlSession& session, CsvSink& sink) {
     const bool old = session.file_version < FIRST_VERSION_WITHOUT_DIRECTION;
@@ -168,7 +166,7 @@ int write_setup_row_precision(const GaugeSetup& setup, int setup_number, CsvSink
     fill_shared_cells(c, setup, style);
 
     const char* meas_mode_text =
-        mode < MEAS_MODE_ROW.size() ? label_text(MEAS_MODE_ROW[mode]) : ui_text(UI_WIDE_BLANK);
+        mode < MEAS_MODE_ROW.size() ? label_text(MEAS_MODE_ROW[mode]) : ui_text(UI_BLANKS);
     std::int64_t units_row = UI_UNITS;
     if (velocity_mode != 0) {
         units_row = UI_VELOCITY_UNITS;

@@ -8,7 +8,7 @@
 
 #include "file/session.h"
 #include "file/setup.h"
-#include "run/console.h"
+#include "base/console.h"
 
 namespace ugf {
 
@@ -21,6 +21,10 @@ int write_setup_listing(DlSession& session, CsvSink& sink);
 // for gage type 6, the corrosion gauge's for any other type. Files below
 // version 20 have one title more at the end. 1 or 0.
 int write_setup_titles(const DlSession& session, CsvSink& sink);
+
+// "OFF", "ABSOLUTE", "PERCENT" for the differential types 0 to 2; the empty
+// text above. The setup rows and the reading rows show the same words.
+const char* diff_type_text(std::uint32_t diff_type);
 
 // One table row of a setup; `velocity_mode` is 1 when the setup measures
 // velocity (measurement_type 1). 1 or 0.

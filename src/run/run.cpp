@@ -3,9 +3,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "detailed/export.h"
+#include "run/export.h"
 #include "file/session.h"
-#include "run/console.h"
+#include "base/console.h"
 
 namespace ugf {
 
@@ -19,7 +19,8 @@ void print_usage() {
         "INFO: 3. v (or V) for verbose output whole file on console; a (or A) for abbreviated\n");
 }
 
-// The one session of the process, and the output stream's buffer.
+// The one session of the process, and the output stream's buffer. Read
+// errors are printed on standard output with the status lines.
 DlSession session;
 char output_buffer[1 << 16];
 
@@ -69,6 +70,7 @@ int run_converter(int argc, const char* const* argv) {
     }
 
     print_console("STATUS: Opening Datalogger Session...\n");
+    session.dl_stream.console = standard_output_console();
     if (open_datalogger_session(session, input_path) == 0) {
         print_console("ERROR: Operation failed!\n");
         std::free(output_path);

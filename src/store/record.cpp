@@ -2,13 +2,11 @@
 
 #include <array>
 
-#include "run/console.h"
+#include "base/console.h"
 
 namespace ugf {
 
 namespace {
-
-std::array<char, VELOCITY_TEXT_SIZE> velocity_text_buffer{};
 
 // Truncation toward zero into a signed 32-bit integer; a value outside that
 // range (or not a number) gives the lowest value, as x86 conversions do.
@@ -19,26 +17,8 @@ std::int32_t truncate_to_i32(double value) {
 
 }  // namespace
 
-std::uint32_t slot_table_offset(std::int32_t file_type) {
-    return record_table_offset(file_type);
-}
-
-std::uint32_t slot_size(std::int32_t file_type) {
-    if (file_type == FILE_TYPE_MANUAL || file_type == FILE_TYPE_INCREMENTAL) return STORED_ID_SLOT_SIZE;
-    return RECORD_SIZE;
-}
-
-std::uint64_t reading_slot_offset(const DlSession& session, std::int64_t storage_index) {
-    const std::uint32_t index = static_cast<std::uint32_t>(storage_index);
-    return static_cast<std::uint32_t>(slot_table_offset(session.file_type) +
-                                      index * slot_size(session.file_type));
-}
-
 std::uint64_t slot_capacity(DlSession& session) {
-    const std::uint64_t size = dl_file_size(session.stream);
-    const std::uint64_t first = slot_table_offset(session.file_type);
-    const std::uint64_t slot = slot_size(session.file_type);
-    return size > first ? (size - first + slot - 1) / slot : 0;
+    return slot_count(session.map, dl_file_size(session.dl_stream));
 }
 
 namespace {
@@ -92,14 +72,14 @@ int read_record_head(DlSession& session, ReadingRecord& record, std::uint64_t of
     // fields at once. Anything else reads field by field, with the error
     // lines and the stop at the first failed field of such reads.
     HeadBytes head;
-    if (read_in_page(session.stream, offset, head.bytes.data(), head.bytes.size()) == 1) {
+    if (read_in_page(session.dl_stream, offset, head.bytes.data(), head.bytes.size()) == 1) {
         return fill_record_head(session, record, head);
     }
-    FieldRun f{session.stream, offset};
+    FieldRun f{session.dl_stream, offset};
     return fill_record_head(session, record, f);
 }
 
-void make_velocity_text(std::uint32_t velocity, std::uint32_t units) {
+void make_velocity_text(DlSession& session, std::uint32_t velocity, std::uint32_t units) {
     const float value = static_cast<float>(velocity);
     char text[32];
     if (units == 0) {
@@ -109,9 +89,7 @@ void make_velocity_text(std::uint32_t velocity, std::uint32_t units) {
         const long metres_per_second = truncate_to_i32(static_cast<double>(value) * 0.254);
         format_text(text, sizeof text, "%5ld", metres_per_second);
     }
-    format_text(velocity_text_buffer.data(), velocity_text_buffer.size(), "%.6s", text);
+    format_text(session.velocity_text, sizeof session.velocity_text, "%.6s", text);
 }
-
-const char* velocity_text() { return velocity_text_buffer.data(); }
 
 }  // namespace ugf

@@ -1,10 +1,5 @@
-// Reading records: where the slot of a test point lies and what its 16 bytes
-// mean.
-//
-// The slot of storage index i lies at first slot + i x slot size (in 32-bit
-// arithmetic): 13376 and 16 for the manual types 10 to 12, 5376 and 37 for
-// types 8 and 9 (the record and the reading's own identifier), 5376 and 16
-// for every other type.
+// Reading records: the record of a test point's slot and what its 16 bytes
+// mean. Where the slot lies is the file map's (file/file_map.h).
 //
 // The top three bits of the first word say what the slot holds. A reading
 // (1) holds its values; a link (2, 4) holds the file offset of an A-scan or a
@@ -27,29 +22,13 @@ inline constexpr std::uint32_t RECORD_ASCAN_BLOCK = 3;
 inline constexpr std::uint32_t RECORD_BSCAN_LINK = 4;
 inline constexpr std::uint32_t RECORD_BSCAN_BLOCK = 5;
 
-inline constexpr std::uint32_t RECORD_SIZE = 16;
-inline constexpr std::uint32_t STORED_ID_SLOT_SIZE = 37;  // record and a 21-byte identifier
-inline constexpr std::uint16_t STORED_ID_READ_MAX = 21;
-
 // A raw thickness of this value marks a sound velocity reading.
 inline constexpr std::uint32_t THICKNESS_IS_VELOCITY = 0xFFFFA;
 
-inline constexpr int VELOCITY_TEXT_SIZE = 7;  // 6 characters and the terminator
-
-struct ReadingRecord {
-    std::uint32_t word0 = 0;
-    // Bytes 4 to 7: a link, the value of box 1 (gage type 7), or in the
-    // measurement layout note_mask << 16 | thick_lo (read as two u16).
-    std::uint32_t word1 = 0;
-    std::uint32_t word2 = 0;  // bytes 8 to 11
-    std::uint32_t word3 = 0;  // bytes 12 to 15
-};
-
-std::uint32_t slot_table_offset(std::int32_t file_type);
-std::uint32_t slot_size(std::int32_t file_type);
-// File offset of the slot of a storage index: its low 32 bits count, and the
-// offset wraps at 2^32 as the instrument computes it.
-std::uint64_t reading_slot_offset(const DlSession& session, std::int64_t storage_index);
+// File offset of the slot of a storage index (the map's slot_offset).
+inline std::uint64_t reading_slot_offset(const DlSession& session, std::int64_t storage_index) {
+    return slot_offset(session.map, storage_index);
+}
 // Number of slots that begin before the end of the file.
 std::uint64_t slot_capacity(DlSession& session);
 
@@ -58,11 +37,10 @@ std::uint64_t slot_capacity(DlSession& session);
 // callers zero the record first). 1, or 0 when a field can't be read.
 int read_record_head(DlSession& session, ReadingRecord& record, std::uint64_t offset);
 
-// Renders a velocity reading (0.00001 inch per microsecond) for `units`:
-// inches per microsecond with four decimals, or metres per second.
-void make_velocity_text(std::uint32_t velocity, std::uint32_t units);
-// The text of the last make_velocity_text (at most 6 characters).
-const char* velocity_text();
+// Renders a velocity reading (0.00001 inch per microsecond) for `units`
+// into the session's velocity_text: inches per microsecond with four
+// decimals, or metres per second, at most 6 characters.
+void make_velocity_text(DlSession& session, std::uint32_t velocity, std::uint32_t units);
 
 inline std::uint32_t record_type(std::uint32_t word0) { return word0 >> 29; }
 inline std::uint32_t record_type(const ReadingRecord& r) { return record_type(r.word0); }

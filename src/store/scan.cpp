@@ -26,7 +26,7 @@ AscanTarget scratch_target(ScanStore& store) {
 
 int read_ascan_thickness_into(DlSession& session, std::uint64_t offset, const AscanTarget& t) {
     if (read_record_head(session, t.ascan.head, offset) == 0) return 0;
-    FieldRun f{session.stream, offset};
+    FieldRun f{session.dl_stream, offset};
     AscanRecord& a = t.ascan;
     a.sample_count = f.u16(1288);
     a.delay = f.u16(1290);
@@ -56,7 +56,7 @@ int read_ascan_thickness_into(DlSession& session, std::uint64_t offset, const As
 
 int read_ascan_flaw_into(DlSession& session, std::uint64_t offset, const AscanTarget& t) {
     if (read_record_head(session, t.ascan.head, offset) == 0) return 0;
-    FieldRun f{session.stream, offset};
+    FieldRun f{session.dl_stream, offset};
     AscanRecord& a = t.ascan;
     a.scan_flags = f.u16(16);
     a.box_value[0] = f.u32(18);
@@ -79,10 +79,12 @@ int read_ascan_flaw_into(DlSession& session, std::uint64_t offset, const AscanTa
     const bool dac = dac_stored(a) != 0;
     const bool peak = peak_stored(a) != 0;
     if (dac && t.dac_points != nullptr) {
-        if (read_dac_points(session.stream, offset + 670, *t.dac_points) == 0) return 0;
+        if (read_dac_points(session.dl_stream, offset + FLAW_DAC_POINTS_OFFSET, *t.dac_points) == 0) return 0;
     }
     if (peak) {
-        if (read_byte_pairs(session.stream, offset + (dac ? 720 : 670), t.peak_samples,
+        if (read_byte_pairs(session.dl_stream,
+                            offset + (dac ? FLAW_PEAK_AFTER_DAC_OFFSET : FLAW_PEAK_OFFSET),
+                            t.peak_samples,
                             a.sample_count) == 0) {
             return 0;
         }
@@ -145,7 +147,7 @@ int read_byte_pairs(DlStream& stream, std::uint64_t offset, SampleStore& samples
 int read_bscan(DlSession& session, std::uint64_t offset, ScanStore& store) {
     BscanRecord& b = store.bscan;
     if (read_record_head(session, b.head, offset) == 0) return 0;
-    FieldRun f{session.stream, offset};
+    FieldRun f{session.dl_stream, offset};
     b.point_count = f.u16(20);
     b.ascan_follows = f.u16(34);
     b.store_full = f.u16(38);
@@ -164,7 +166,7 @@ int read_bscan(DlSession& session, std::uint64_t offset, ScanStore& store) {
     const std::size_t bytes =
         b.store_full == 0 ? std::size_t{b.point_count} * BSCAN_POINT_SIZE : BSCAN_STORE_BYTES;
     const std::size_t got =
-        read_block(session.stream, offset + BSCAN_POINTS_OFFSET, store.bscan_points.data(), bytes);
+        read_block(session.dl_stream, offset + BSCAN_POINTS_OFFSET, store.bscan_points.data(), bytes);
     return got == bytes ? 1 : 0;
 }
 

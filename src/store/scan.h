@@ -18,89 +18,21 @@
 // from 3164 the points: two 16-bit words each, least significant byte first.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 
+#include "file/records.h"
 #include "file/session.h"
-#include "store/dac_point.h"
 #include "store/record.h"
 
 namespace ugf {
 
-inline constexpr std::uint16_t SCAN_SAMPLES_MAX = 318;  // trace positions a block has room for
-inline constexpr std::size_t SCAN_SAMPLE_STORE = 320;
-inline constexpr std::uint16_t BSCAN_POINTS_MAX = 10000;
-inline constexpr std::size_t BSCAN_POINT_SIZE = 4;
-inline constexpr std::size_t BSCAN_STORE_BYTES = BSCAN_POINTS_MAX * BSCAN_POINT_SIZE;  // 40000
-
-inline constexpr std::uint64_t BSCAN_ASCAN_OFFSET = 76;
-inline constexpr std::uint64_t BSCAN_POINTS_OFFSET = 3164;
 inline constexpr std::uint16_t FLAW_GATES_VERSION = 9;  // first version with the gate fields
-
-using SampleStore = std::array<std::uint16_t, SCAN_SAMPLE_STORE>;
-using DacPointStore = std::array<DacPoint, DAC_POINT_COUNT>;
-
-struct AscanRecord {
-    ReadingRecord head{};
-    std::uint16_t sample_count = 0;
-    std::uint16_t bracket_2 = 0;
-    // Gage types 5 and 6.
-    std::uint16_t delay = 0;
-    std::uint32_t range = 0;  // range_hi << 16 | range_lo
-    std::uint16_t display_flags = 0;
-    std::int16_t echo_window = 0;
-    std::int16_t marker1 = 0;
-    std::int16_t marker2 = 0;
-    std::int16_t marker3 = 0;
-    std::int16_t mb_blank = 0;
-    std::int16_t if_blank_raw = 0;  // "IF BLANK" shows this less marker1
-    std::int16_t c3_blank = 0;
-    // Gage type 7.
-    std::uint16_t scan_flags = 0;
-    std::uint16_t gate1_amplitude = 0;
-    std::uint16_t gate1_mti = 0;
-    std::uint16_t gate2_amplitude = 0;
-    std::uint16_t gate2_mti = 0;
-    std::array<std::uint32_t, 3> box_value{};
-};
-
-struct BscanRecord {
-    ReadingRecord head{};
-    std::uint16_t point_count = 0;
-    std::uint16_t ascan_follows = 0;  // 1: an A-scan block stands at offset 76
-    std::uint16_t store_full = 0;     // not 0: the whole point store is read
-};
 
 // One stored B-scan point, its two words as the file's little-endian bytes give them.
 struct BscanPoint {
     std::uint16_t first = 0;
     std::uint16_t second = 0;  // point_lo
-};
-
-// An A-scan record with its own stores: the A-scan embedded in a B-scan
-// block is read into one of these, so that it leaves the reading's alone.
-struct AscanScratch {
-    AscanRecord ascan{};
-    SampleStore max_samples{};
-    SampleStore min_samples{};
-    SampleStore peak_samples{};
-    DacPointStore dac_points{};
-};
-
-// The one object that receives a reading's scan. Each read overwrites what
-// the last one left only as far as it goes: samples beyond a new
-// sample_count, and the peak data and DAC points of an A-scan that has none,
-// keep what an earlier block stored. Too large for the stack: keep it static.
-struct ScanStore {
-    AscanRecord ascan{};
-    SampleStore max_samples{};
-    SampleStore min_samples{};
-    SampleStore peak_samples{};
-    DacPointStore dac_points{};
-    BscanRecord bscan{};
-    std::array<std::uint8_t, BSCAN_STORE_BYTES> bscan_points{};  // as stored, 4 bytes a point
-    AscanScratch scratch{};
 };
 
 // Reads the slot of a storage index, and the block behind a link: an A-scan

@@ -11,7 +11,7 @@ shift || true
 
 out=build-fuzz
 mkdir -p "$out/corpus"
-sources=$(find src -name '*.cpp' ! -path src/run/main.cpp)
+sources=$(find src -name '*.cpp' ! -path src/run/main.cpp ! -path src/run/run.cpp)
 clang++ -std=c++20 -O1 -g -ffp-contract=off -Isrc \
   -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=all \
   $sources tests/fuzz/fuzz_convert.cpp -o "$out/fuzz_convert"

@@ -6,11 +6,12 @@ namespace ugf::test {
 
 OpenedSurvey::OpenedSurvey(const ImageBuilder& image) {
     image.save(dir.file("survey.ugf"));
+    session.dl_stream.console = standard_output_console();
     result = open_datalogger_session(session, dir.file("survey.ugf").c_str());
 }
 
 OpenedSurvey::~OpenedSurvey() {
-    if (result != 0) dl_close(session.stream);
+    close_datalogger_session(session);
 }
 
 CsvText csv_written_by(const std::function<int(CsvSink&)>& write) {
@@ -19,7 +20,8 @@ CsvText csv_written_by(const std::function<int(CsvSink&)>& write) {
     CsvText out;
     std::FILE* file = std::fopen(path.c_str(), "w");
     if (file == nullptr) return out;
-    CsvSink sink{file, 0};
+    CsvSink sink;
+    sink.stream = file;
     out.result = write(sink);
     std::fclose(file);
     out.text = read_file(path).value_or("<missing>");

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "file/session.h"
-#include "run/console.h"
+#include "base/console.h"
 #include "support/image_builder.h"
 #include "support/scratch.h"
 

@@ -16,7 +16,7 @@
 #include <string_view>
 #include <vector>
 
-#include "store/dac_point.h"
+#include "file/records.h"
 #include "support/image_builder.h"
 
 namespace ugf::test {

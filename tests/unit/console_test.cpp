@@ -3,8 +3,8 @@
 #include <cstdio>
 #include <string>
 
-#include "run/console.h"
-#include "run/labels.h"
+#include "base/console.h"
+#include "base/labels.h"
 #include "support/scratch.h"
 
 namespace ugf {

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "run/csv_row.h"
-#include "run/text_memo.h"
+#include "base/csv_row.h"
+#include "base/text_memo.h"
 #include "support/scratch.h"
 
 namespace ugf {

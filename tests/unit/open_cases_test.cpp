@@ -13,7 +13,7 @@
 #include "detailed/header_values.h"
 #include "ident/cursor.h"
 #include "ident/id_text.h"
-#include "ident/session_id.h"
+#include "store/session_id.h"
 #include "present/dac_curve.h"
 #include "present/flaw_row.h"
 #include "store/scan.h"

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "ident/session_id.h"
+#include "store/session_id.h"
 #include "support/scratch.h"
 #include "support/survey_image.h"
 

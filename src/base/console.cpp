@@ -1,4 +1,4 @@
-#include "run/console.h"
+#include "base/console.h"
 
 #include <cstdarg>
 #include <cstring>
@@ -11,6 +11,12 @@ void print_console(const char* format, ...) {
     std::vprintf(format, args);
     va_end(args);
 }
+
+namespace {
+void print_to_standard_output(void*, const char* text) { std::fputs(text, stdout); }
+}  // namespace
+
+Console standard_output_console() { return {print_to_standard_output, nullptr}; }
 
 int format_text(char* buf, std::size_t size, const char* format, ...) {
     va_list args;
@@ -41,19 +47,30 @@ std::size_t collapse_percent_pairs(std::string_view text, char* out) {
 
 namespace {
 
-// Writes n characters to a stream. The converter has one thread, so where
-// the C library offers a write that skips the stream's lock, it is used.
-void put_text(const char* data, std::size_t n, std::FILE* stream) {
+// Writes n characters to a stream, or to the sink's function. A stream
+// belongs to one conversion and so to one thread at a time: where the C
+// library offers a write that skips the stream's lock, it is used.
+struct Out {
+    std::FILE* stream;
+    void (*write)(void* context, const char* text, std::size_t n);
+    void* context;
+};
+
+void put_text(const char* data, std::size_t n, const Out& out) {
+    if (out.write != nullptr) {
+        out.write(out.context, data, n);
+        return;
+    }
 #if defined(__GLIBC__)
-    fwrite_unlocked(data, 1, n, stream);
+    fwrite_unlocked(data, 1, n, out.stream);
 #else
-    std::fwrite(data, 1, n, stream);
+    std::fwrite(data, 1, n, out.stream);
 #endif
 }
 
-// Writes text to one stream with the percent pass, without copying the text
+// Writes text to one output with the percent pass, without copying the text
 // when it holds no percent sign (the usual case).
-void write_collapsed(std::string_view text, std::FILE* stream) {
+void write_collapsed(std::string_view text, const Out& stream) {
     std::size_t start = 0;
     while (start < text.size()) {
         const void* hit = std::memchr(text.data() + start, '%', text.size() - start);
@@ -72,8 +89,10 @@ void write_collapsed(std::string_view text, std::FILE* stream) {
 }  // namespace
 
 int csv_write(std::string_view text, CsvSink& sink) {
-    if (sink.verbose_output != 0) write_collapsed(text, stdout);
-    if (sink.stream != nullptr) write_collapsed(text, sink.stream);
+    if (sink.verbose_output != 0) write_collapsed(text, Out{stdout, nullptr, nullptr});
+    if (sink.write != nullptr || sink.stream != nullptr) {
+        write_collapsed(text, Out{sink.stream, sink.write, sink.context});
+    }
     return 1;
 }
 

@@ -1,7 +1,10 @@
-#include "run/labels.h"
+#include "base/labels.h"
 
 #include <array>
+#include <cstddef>
 #include <utility>
+
+#include "base/file_types.h"
 
 namespace ugf {
 
@@ -362,38 +365,65 @@ constexpr Row UI_ROWS[] = {
     {1584, "CUSTOM"},
 };
 
-template <std::size_t N, std::size_t M>
-constexpr std::array<const char*, N> make_table(const Row (&rows)[M]) {
-    std::array<const char*, N> table{};
-    for (auto& entry : table) entry = "";
-    for (const Row& row : rows) table[static_cast<std::size_t>(row.first)] = row.second;
+// A table of rows packed into one run of characters: each row's text with
+// its terminator, and the place where each row begins. Rows the list doesn't
+// name begin at place 0, the empty text.
+template <std::size_t Rows, std::size_t Bytes>
+struct PackedTable {
+    std::array<char, Bytes> text{};
+    std::array<std::uint16_t, Rows> start{};
+
+    const char* row(std::int64_t r) const {
+        return r >= 0 && r < static_cast<std::int64_t>(Rows) ? text.data() + start[static_cast<std::size_t>(r)] : "";
+    }
+};
+
+constexpr std::size_t text_length(const char* s) {
+    std::size_t n = 0;
+    while (s[n] != '\0') ++n;
+    return n;
+}
+
+template <std::size_t M>
+constexpr std::size_t packed_size(const Row (&rows)[M]) {
+    std::size_t n = 1;
+    for (const Row& row : rows) n += text_length(row.second) + 1;
+    return n;
+}
+
+template <std::size_t Rows, std::size_t Bytes, std::size_t M>
+constexpr PackedTable<Rows, Bytes> pack_rows(const Row (&rows)[M]) {
+    static_assert(Bytes <= 65536, "a packed table's places are 16-bit");
+    PackedTable<Rows, Bytes> table{};
+    std::size_t at = 1;
+    for (const Row& row : rows) {
+        table.start[static_cast<std::size_t>(row.first)] = static_cast<std::uint16_t>(at);
+        for (std::size_t i = 0; row.second[i] != '\0'; ++i) table.text[at++] = row.second[i];
+        table.text[at++] = '\0';
+    }
     return table;
 }
 
-constexpr auto LABEL_TEXT = make_table<LABEL_TEXT_ROWS>(LABEL_ROWS);
-constexpr auto UI_TEXT = make_table<UI_TEXT_ROWS>(UI_ROWS);
+constexpr auto LABEL_TEXT = pack_rows<LABEL_TEXT_ROWS, packed_size(LABEL_ROWS)>(LABEL_ROWS);
+constexpr auto UI_TEXT = pack_rows<UI_TEXT_ROWS, packed_size(UI_ROWS)>(UI_ROWS);
 
-constexpr const char* WALK_PATTERN_NAMES[] = {"STANDARD", "REVERSE", "ZIGZAG", "REVERSE ZIGZAG"};
-constexpr const char* FILE_TYPE_NAMES[] = {"LINEAR", "LINEAR+CPT", "2D",     "2D+CPT",      "3D",
-                                           "BOILER", "NOTES",      "SETUP",  "MANUAL",      "INCREMENTAL",
-                                           "2D-MANUAL", "3D-MANUAL", "4D-MANUAL"};
+constexpr char WALK_PATTERN_NAMES[][15] = {"STANDARD", "REVERSE", "ZIGZAG", "REVERSE ZIGZAG"};
+constexpr char FILE_TYPE_NAMES[][12] = {"LINEAR",      "LINEAR+CPT", "2D",        "2D+CPT",   "3D",
+                                        "BOILER",      "NOTES",      "SETUP",     "MANUAL",   "INCREMENTAL",
+                                        "2D-MANUAL",   "3D-MANUAL",  "4D-MANUAL"};
 
 }  // namespace
 
-const char* label_text(std::int64_t row) {
-    return row >= 0 && row < LABEL_TEXT_ROWS ? LABEL_TEXT[static_cast<std::size_t>(row)] : "";
-}
+const char* label_text(std::int64_t row) { return LABEL_TEXT.row(row); }
 
-const char* ui_text(std::int64_t row) {
-    return row >= 0 && row < UI_TEXT_ROWS ? UI_TEXT[static_cast<std::size_t>(row)] : "";
-}
+const char* ui_text(std::int64_t row) { return UI_TEXT.row(row); }
 
 const char* walk_pattern_name(std::int64_t pattern) {
     return pattern >= 0 && pattern < 4 ? WALK_PATTERN_NAMES[pattern] : "";
 }
 
 const char* file_type_name(std::int64_t file_type) {
-    return file_type >= 0 && file_type <= 12 ? FILE_TYPE_NAMES[file_type] : "";
+    return file_type >= 0 && file_type <= FILE_TYPE_4D_MANUAL ? FILE_TYPE_NAMES[file_type] : "";
 }
 
 }  // namespace ugf

@@ -12,7 +12,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "run/console.h"
+#include "base/console.h"
 
 namespace ugf {
 

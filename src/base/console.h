@@ -7,15 +7,38 @@
 
 namespace ugf {
 
-// The write end of an export: the output stream (text mode) and the echo
-// choice of the command line. Every writer receives it and passes it on.
-struct CsvSink {
-    std::FILE* stream = nullptr;
-    int verbose_output = 0;
+// The two output forms of a survey.
+inline constexpr int OUTPUT_GRID = 0;
+inline constexpr int OUTPUT_DETAILED = 1;
+
+// Where a session's status and error lines go. The library prints only
+// through the console its caller gives it; an empty one prints nothing.
+struct Console {
+    void (*print)(void* context, const char* text) = nullptr;
+    void* context = nullptr;
 };
 
-// Formatted print to standard output: status, error and usage lines.
+inline void console_print(const Console& console, const char* text) {
+    if (console.print != nullptr) console.print(console.context, text);
+}
+
+// The write end of an export: the output stream (text mode) and the echo
+// choice of the command line. Every writer receives it and passes it on.
+// Instead of a stream, a caller may give a function that receives the text
+// (memory outputs, the toolkit's writers); it then owns any failure.
+struct CsvSink {
+    std::FILE* stream = nullptr;
+    int verbose_output = 0;  // 1: every text is echoed on standard output first
+    void (*write)(void* context, const char* text, std::size_t n) = nullptr;
+    void* context = nullptr;
+};
+
+// Formatted print to standard output: the converter's status, error and
+// usage lines.
 void print_console(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+// A Console that prints to standard output, as print_console does.
+Console standard_output_console();
 
 // Formatted print into buf of `size` bytes, always terminated. The callers size
 // their buffers for the text; the bound only guards against overrun.
@@ -29,8 +52,8 @@ int format_text_bounded(char* buf, std::size_t size, const char* format, ...)
     __attribute__((format(printf, 3, 4)));
 
 // Writes one piece of CSV text: to the console first when verbose, then to
-// the output stream. The text passes once more as a format with no values,
-// so every "%%" comes out as "%"; a lone "%" is written unchanged and nothing
+// the output. The text passes once more as a format with no values, so
+// every "%%" comes out as "%"; a lone "%" is written unchanged and nothing
 // in the text is ever read as a value. Always returns 1.
 int csv_write(std::string_view text, CsvSink& sink);
 

@@ -1,4 +1,4 @@
-#include "detailed/export.h"
+#include "run/export.h"
 
 #include <array>
 

@@ -63,4 +63,19 @@ void memo_store(Entry& entry, const Key& key, const char* text) {
     entry.filled = true;
 }
 
+// The texts that the reading rows of the detailed form remember: the status
+// columns of each gauge, the two pieces of the measurement pairs, and whole
+// rests of rows (status, pairs and line end) keyed on the keys of the three.
+inline constexpr std::size_t ROW_TEXT_SIZE = 100;
+inline constexpr std::size_t PIECE_TEXT_SIZE = 64;
+inline constexpr std::size_t REST_TEXT_SIZE = ROW_TEXT_SIZE + 2 * PIECE_TEXT_SIZE;
+
+struct RowMemos {
+    TextMemo<2, ROW_TEXT_SIZE, 64> corrosion_status;
+    TextMemo<1, ROW_TEXT_SIZE, 64> precision_status;
+    TextMemo<1, PIECE_TEXT_SIZE, 64> first_pair;
+    TextMemo<3, PIECE_TEXT_SIZE, 256> second_pairs;
+    TextMemo<6, REST_TEXT_SIZE, 256> row_rest;
+};
+
 }  // namespace ugf

@@ -1,4 +1,4 @@
-#include "ident/session_id.h"
+#include "store/session_id.h"
 
 #include <cstring>
 
@@ -45,7 +45,7 @@ void session_stored_id(DlSession& session, std::int64_t storage_index, char* out
         return;
     }
     char text[STORED_ID_READ_MAX + 1] = {};
-    if (read_text(session.stream, slot + RECORD_SIZE, text, sizeof text, STORED_ID_READ_MAX) == 0) {
+    if (read_text(session.dl_stream, stored_id_offset(slot), text, sizeof text, STORED_ID_READ_MAX) == 0) {
         return;
     }
     out[0] = '\0';

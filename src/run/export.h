@@ -1,13 +1,11 @@
-// The choice of export by file type and output form.
+// The choice of export by file type and output form (OUTPUT_DETAILED or
+// OUTPUT_GRID, base/console.h).
 #pragma once
 
 #include "file/session.h"
-#include "run/console.h"
+#include "base/console.h"
 
 namespace ugf {
-
-inline constexpr int OUTPUT_GRID = 0;
-inline constexpr int OUTPUT_DETAILED = 1;
 
 // Writes the whole CSV of the session in the given form. 1 or 0.
 int export_datalogger_file(DlSession& session, int output_form, CsvSink& sink);
