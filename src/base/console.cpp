@@ -36,6 +36,24 @@ int format_text_bounded(char* buf, std::size_t size, const char* format, ...) {
     return n < 0 ? -1 : n;
 }
 
+void stored_cell(StoredCell& cell, const char* text, const CsvSink& sink) {
+    cell.text = text;
+    cell.extra = 0;
+    if (sink.quote == 0 || std::strpbrk(text, ",\"\r\n") == nullptr) return;
+    const std::size_t length = std::strlen(text);
+    if (length > STORED_TEXT_MAX) return;
+    std::size_t n = 0;
+    cell.quoted[n++] = '"';
+    for (std::size_t i = 0; i < length; ++i) {
+        if (text[i] == '"') cell.quoted[n++] = '"';
+        cell.quoted[n++] = text[i];
+    }
+    cell.quoted[n++] = '"';
+    cell.quoted[n] = '\0';
+    cell.text = cell.quoted;
+    cell.extra = n - length;
+}
+
 std::size_t collapse_percent_pairs(std::string_view text, char* out) {
     std::size_t n = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {

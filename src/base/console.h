@@ -31,7 +31,26 @@ struct CsvSink {
     int verbose_output = 0;  // 1: every text is echoed on standard output first
     void (*write)(void* context, const char* text, std::size_t n) = nullptr;
     void* context = nullptr;
+    // 1: a cell that holds a stored text is quoted when it must be (RFC 4180),
+    // so that the columns stay in place; the converter never sets it.
+    int quote = 0;
 };
+
+// The text of a cell that holds a text stored in the file (a note, the
+// description, a label, an identifier, a setup name): the text itself, or,
+// with the sink's `quote` on and a comma, a double quote or a line end in
+// it, the text in double quotes with its quotes doubled. `extra` is the
+// number of characters the quotes added, by which a row buffer grows.
+inline constexpr std::size_t STORED_TEXT_MAX = 64;  // longer texts are never quoted
+inline constexpr std::size_t QUOTED_EXTRA_MAX = STORED_TEXT_MAX + 2;
+
+struct StoredCell {
+    const char* text = "";
+    std::size_t extra = 0;
+    char quoted[2 * STORED_TEXT_MAX + 3] = {};
+};
+
+void stored_cell(StoredCell& cell, const char* text, const CsvSink& sink);
 
 // Formatted print to standard output: the converter's status, error and
 // usage lines.

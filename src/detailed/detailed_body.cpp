@@ -116,22 +116,6 @@ int write_dumps(DlSession& session, const ReadingRecord& reading, const ReadingS
     return 1;
 }
 
-// The storage index of the next point of the walk.
-void advance_walk(DlSession& session, bool stored_ids, std::uint32_t& storage_index) {
-    if (stored_ids) {
-        ++storage_index;
-    } else {
-        // The walk steps from the point whose identifier was just composed.
-        // The texts of the next point are worked out when its identifier is
-        // composed, from its storage index.
-        const std::int64_t next =
-            id_spec_step(session.id_spec, session.first_inc, session.second_inc,
-                         session.third_inc, session.walk_pattern, session.file_type,
-                         session.fourth_inc);
-        storage_index = static_cast<std::uint32_t>(static_cast<std::uint64_t>(next));
-    }
-}
-
 // One walk over the readings. `output_form` 0 writes the plain grid rows of
 // "LINEAR" and "MANUAL" files; 1 the rows of the detailed table with their
 // dumps.
@@ -142,47 +126,36 @@ int walk_readings(DlSession& session, int output_form, CsvSink& sink) {
     const DigitLayout layout = gage_type == GAGE_PRECISION       ? LAYOUT_PRECISION
                                : gage_type == GAGE_FLAW_DETECTOR ? LAYOUT_FLAW
                                                                  : LAYOUT_STANDARD;
-    const bool stored_ids = session.file_type == FILE_TYPE_MANUAL;
-    const std::uint32_t point_total = point_total_of(session.id_spec.cursor);
-    // A walk that visits each point once has read a slot past the end of the
-    // file (and reported it) by its visit number slots + 1. Only a damaged walk
-    // (one that doesn't move, or cycles through part of the box) gets further;
-    // it ends there instead of reading the same slots again for up to 2^32
-    // visits.
-    const std::uint64_t slots_in_file = slot_capacity(session);
-
-    std::uint32_t storage_index = 0;
-    for (std::uint32_t visit = 0; visit < point_total; ++visit) {
-        if (visit > slots_in_file) return 0;
+    for (PointWalk walk = point_walk_begin(session); point_walk_more(walk);
+         point_walk_advance(session, walk)) {
+        if (point_walk_runs_off(walk)) return 0;
         ReadingRecord reading{};
-        char id_text[ID_CELL_SIZE] = {};
-        if (read_reading(session, storage_index, reading, *session.scan_store, output_form) == 0) {
+        if (read_reading(session, walk.storage_index, reading, *session.scan_store, output_form) == 0) {
             return 0;
         }
-
         const ReadingScan scan = merge_scan_head(session, reading, *session.scan_store);
 
-        if (stored_ids) {
-            session_stored_id(session, storage_index, id_text);
-        } else {
-            session_point_id(session, storage_index, id_text, 1);
-        }
+        char id_text[ID_TEXT_SIZE] = {};
+        point_walk_id(session, walk, id_text);
+        StoredCell id;
+        stored_cell(id, id_text, sink);
+        char id_cell[ID_CELL_SIZE + QUOTED_EXTRA_MAX];
         std::size_t length = 0;
-        while (length < ID_TEXT_MAX && id_text[length] != '\0') ++length;
-        id_text[length] = ',';
-        id_text[length + 1] = '\0';
-        const int more = visit != point_total - 1 ? 1 : 0;
+        while (length < ID_TEXT_MAX + id.extra && id.text[length] != '\0') {
+            id_cell[length] = id.text[length];
+            ++length;
+        }
+        id_cell[length] = ',';
+        id_cell[length + 1] = '\0';
+        const std::string_view cell(id_cell, length + 1);
+        const int more = walk.visit != walk.total - 1 ? 1 : 0;
         if (output_form == OUTPUT_DETAILED &&
             (gage_type == GAGE_CORROSION || gage_type == GAGE_PRECISION)) {
-            if (write_thickness_row(session, reading, scan, std::string_view(id_text, length + 1),
-                                    layout, sink) == 0) {
-                return 0;
-            }
+            if (write_thickness_row(session, reading, scan, cell, layout, sink) == 0) return 0;
             if (write_dumps(session, reading, scan, more, sink) == 0) return 0;
-            advance_walk(session, stored_ids, storage_index);
             continue;
         }
-        if (csv_write(id_text, sink) == 0) return 0;
+        if (csv_write(cell, sink) == 0) return 0;
 
         const ScanStore* dac_store = scan.ascan_ref != nullptr ? session.scan_store.get() : nullptr;
         if (print_reading_value(session, reading, sink, 0, layout, output_form, scan.ascan_ref,
@@ -198,8 +171,6 @@ int walk_readings(DlSession& session, int output_form, CsvSink& sink) {
             if (gage_type != GAGE_FLAW_DETECTOR) return 0;
             if (write_dumps(session, reading, scan, more, sink) == 0) return 0;
         }
-
-        advance_walk(session, stored_ids, storage_index);
     }
     return 1;
 }
@@ -243,8 +214,10 @@ int write_custom_point_list(DlSession& session, CsvSink& sink) {
                       LABEL_TEXT_SIZE) == 0) {
             return 0;
         }
-        char row[LIST_ROW_SIZE] = {};
-        format_text_bounded(row, sizeof row, "%i,%s\n", i, label);
+        StoredCell cell;
+        stored_cell(cell, label, sink);
+        char row[LIST_ROW_SIZE + QUOTED_EXTRA_MAX] = {};
+        format_text_bounded(row, LIST_ROW_SIZE + cell.extra, "%i,%s\n", i, cell.text);
         if (csv_write(row, sink) == 0) return 0;
     }
     return 1;

@@ -27,8 +27,10 @@ struct ValueRow {
 
     void text(const char* value) {
         if (ok == 0) return;
-        char piece[PIECE_SIZE];
-        format_text_bounded(piece, sizeof piece, "%s,", value);
+        StoredCell cell;
+        stored_cell(cell, value, sink);
+        char piece[PIECE_SIZE + QUOTED_EXTRA_MAX];
+        format_text_bounded(piece, PIECE_SIZE + cell.extra, "%s,", cell.text);
         ok = csv_write(piece, sink);
     }
     void number(int value) {

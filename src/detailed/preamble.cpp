@@ -41,25 +41,27 @@ constexpr std::array<ColumnNames, 13> COLUMN_NAMES = {{
      "\n"},
 }};
 
-const char* product_text(std::int32_t gage_type) {
-    if (gage_type >= GAGE_CORROSION && gage_type <= GAGE_FLAW_DETECTOR) {
-        return label_text(LABEL_PRODUCT_CORROSION + (gage_type - GAGE_CORROSION));
-    }
-    return ui_text(UI_BLANKS);
-}
-
 // Reads a text of at most `max` bytes at the offset and writes it as one row
 // between row_head and row_end. 1, or 0 when the read fails.
 int write_read_text(DlSession& session, std::uint64_t at, std::uint16_t max, const char* row_head,
                     const char* row_end, CsvSink& sink) {
     char text[NOTE_READ_MAX + 1] = {};
     if (read_text(session.dl_stream, at, text, sizeof text, max) == 0) return 0;
-    char row[ROW_SIZE];
-    format_text_bounded(row, sizeof row, "%s%s%s", row_head, text, row_end);
+    StoredCell cell;
+    stored_cell(cell, text, sink);
+    char row[ROW_SIZE + QUOTED_EXTRA_MAX];
+    format_text_bounded(row, ROW_SIZE + cell.extra, "%s%s%s", row_head, cell.text, row_end);
     return csv_write(row, sink);
 }
 
 }  // namespace
+
+const char* product_text(std::int32_t gage_type) {
+    if (gage_type >= GAGE_CORROSION && gage_type <= GAGE_FLAW_DETECTOR) {
+        return label_text(LABEL_PRODUCT_CORROSION + (gage_type - GAGE_CORROSION));
+    }
+    return ui_text(UI_BLANKS);
+}
 
 std::size_t header_buffer_size(std::int32_t file_type) {
     switch (file_type) {
@@ -105,8 +107,10 @@ int write_identity_rows(DlSession& session, CsvSink& sink) {
         {UI_INSPECTOR_ID, session.inspector_id},
     };
     for (const auto& r : rows) {
-        char row[ROW_SIZE];
-        format_text_bounded(row, sizeof row, "%s,%s\n", ui_text(r.row), r.text);
+        StoredCell cell;
+        stored_cell(cell, r.text, sink);
+        char row[ROW_SIZE + QUOTED_EXTRA_MAX];
+        format_text_bounded(row, ROW_SIZE + cell.extra, "%s,%s\n", ui_text(r.row), cell.text);
         if (csv_write(row, sink) == 0) return 0;
     }
     return 1;

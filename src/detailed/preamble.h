@@ -11,6 +11,10 @@
 
 namespace ugf {
 
+// The model text of the instrument of a gage type, as the head shows it; 31
+// blanks for an unknown type.
+const char* product_text(std::int32_t gage_type);
+
 // The converter's version, shown in the first row.
 inline constexpr const char* CONVERTER_VERSION = "V3.03.03";
 

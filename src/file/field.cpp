@@ -3,6 +3,8 @@
 #include <cstring>
 #include <new>
 
+#include "base/files.h"
+
 namespace ugf {
 
 namespace {
@@ -63,10 +65,10 @@ int begin_input(DlStream& stream) {
     return 1;
 }
 
-int open_file(DlStream& stream, const char* path, const char* mode) {
+int open_input(DlStream& stream, const char* path, const char* mode) {
     dl_close(stream);
     if (begin_input(stream) == 0) return 0;
-    stream.file = std::fopen(path, mode);
+    stream.file = ugf::open_file(path, mode);
     if (stream.file == nullptr) return 0;
     // The cache does the buffering; stdio's own buffer would only copy twice.
     std::setvbuf(stream.file, nullptr, _IONBF, 0);
@@ -82,9 +84,9 @@ void fail_read(DlStream& stream, std::uint64_t offset, const char* line) {
 
 }  // namespace
 
-int dl_open(DlStream& stream, const char* path) { return open_file(stream, path, "r+b"); }
+int dl_open(DlStream& stream, const char* path) { return open_input(stream, path, "r+b"); }
 
-int dl_open_read_only(DlStream& stream, const char* path) { return open_file(stream, path, "rb"); }
+int dl_open_read_only(DlStream& stream, const char* path) { return open_input(stream, path, "rb"); }
 
 int dl_open_memory(DlStream& stream, const std::uint8_t* bytes, std::uint64_t size) {
     dl_close(stream);

@@ -38,8 +38,10 @@ DigitLayout layout_of(std::int32_t gage_type) {
 int write_title(DlSession& session, CsvSink& sink, int dimension, std::uint32_t index, bool comma_first) {
     char text[ID_TEXT_SIZE] = {};
     session_dimension_text(session, index, text, dimension, 1);
-    char piece[ID_TEXT_SIZE + 1];
-    format_text_bounded(piece, sizeof piece, comma_first ? ",%s" : "%s,", text);
+    StoredCell cell;
+    stored_cell(cell, text, sink);
+    char piece[ID_TEXT_SIZE + 1 + QUOTED_EXTRA_MAX];
+    format_text_bounded(piece, ID_TEXT_SIZE + 1 + cell.extra, comma_first ? ",%s" : "%s,", cell.text);
     return csv_write(piece, sink);
 }
 
@@ -95,10 +97,13 @@ int titles_fit(DlSession& session, std::uint64_t columns, std::uint64_t rows) {
 
 }  // namespace
 
-int write_grid_cell(DlSession& session, std::int64_t storage_index, CsvSink& sink, DigitLayout layout) {
-    ReadingRecord reading{};
-    const AscanRecord* scan = nullptr;
-    int velocity_cell = 0;
+int read_grid_reading(DlSession& session, std::int64_t storage_index, GridReading& cell) {
+    ReadingRecord& reading = cell.reading;
+    const AscanRecord*& scan = cell.scan;
+    int& velocity_cell = cell.velocity_cell;
+    reading = ReadingRecord{};
+    scan = nullptr;
+    velocity_cell = 0;
     ScanStore& scan_store = *session.scan_store;
     if (read_reading(session, storage_index, reading, scan_store, 0) == 0) return 0;
 
@@ -128,8 +133,15 @@ int write_grid_cell(DlSession& session, std::int64_t storage_index, CsvSink& sin
         velocity_cell = 1;
         make_velocity_text(session, velocity_value(reading), units(reading));
     }
-    return print_reading_value(session, reading, sink, 1, layout, 0, scan,
-                               scan != nullptr ? &scan_store : nullptr, velocity_cell);
+    return 1;
+}
+
+int write_grid_cell(DlSession& session, std::int64_t storage_index, CsvSink& sink, DigitLayout layout) {
+    GridReading cell;
+    if (read_grid_reading(session, storage_index, cell) == 0) return 0;
+    return print_reading_value(session, cell.reading, sink, 1, layout, 0, cell.scan,
+                               cell.scan != nullptr ? session.scan_store.get() : nullptr,
+                               cell.velocity_cell);
 }
 
 int export_grid_1d(DlSession& session, CsvSink& sink) {

@@ -80,8 +80,13 @@ int print_reading_value(const DlSession& session, const ReadingRecord& reading, 
     if (los(reading) != 0 && full == 0) {
         std::array<char, NOTE_CELL_SIZE> notes{};
         if (note_cell_text(session, note_mask(reading), notes.data(), notes.size() - 1)) {
-            if (comma == 1) std::strcat(notes.data(), ",");
-            return csv_write(notes.data(), sink);
+            // The letters of several notes never need quotes; a note's own text may.
+            StoredCell cell;
+            stored_cell(cell, notes.data(), sink);
+            std::array<char, NOTE_CELL_SIZE + QUOTED_EXTRA_MAX> text{};
+            std::memcpy(text.data(), cell.text, std::strlen(cell.text));
+            if (comma == 1) std::strcat(text.data(), ",");
+            return csv_write(text.data(), sink);
         }
     }
     return print_thickness_cell(reading, sink, comma, layout, mode,

@@ -175,10 +175,14 @@ int write_setup_row_precision(const GaugeSetup& setup, int setup_number, CsvSink
     }
     char zero[NUMBER_TEXT_SIZE];
     format_text_bounded(zero, sizeof zero, "%ld", static_cast<long>(setup.zero));
-    char piece[PIECE_SIZE];
     // The name is terminated within its field; the precision only guards it.
-    format_text_bounded(piece, sizeof piece, "%d,%.*s,%s,%s,%s,%s,", setup_number, SETUP_NAME_SIZE - 1,
-                        setup.setup_name, meas_mode_text, ui_text(units_row + u), c.velocity, zero);
+    char name[SETUP_NAME_SIZE];
+    format_text_bounded(name, sizeof name, "%.*s", SETUP_NAME_SIZE - 1, setup.setup_name);
+    StoredCell cell;
+    stored_cell(cell, name, sink);
+    char piece[PIECE_SIZE + QUOTED_EXTRA_MAX];
+    format_text_bounded(piece, PIECE_SIZE + cell.extra, "%d,%s,%s,%s,%s,%s,", setup_number, cell.text,
+                        meas_mode_text, ui_text(units_row + u), c.velocity, zero);
     if (csv_write(piece, sink) == 0) return 0;
 
     format_text_bounded(piece, sizeof piece, "%s,%s,%s,%s,%s,%d,%s,", c.diff_type, c.diff_ref, c.alarm_type,

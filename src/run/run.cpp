@@ -6,6 +6,7 @@
 #include "run/export.h"
 #include "file/session.h"
 #include "base/console.h"
+#include "base/files.h"
 
 namespace ugf {
 
@@ -80,7 +81,7 @@ int run_converter(int argc, const char* const* argv) {
     const char* ending = output_form == OUTPUT_DETAILED ? "_detailed_output.csv" : "_grid_output.csv";
     std::memcpy(output_path + length - 4, ending, std::strlen(ending) + 1);
 
-    std::FILE* output = std::fopen(output_path, "w");
+    std::FILE* output = open_file(output_path, "w");
     if (output == nullptr) {
         std::free(output_path);
         print_console("ERROR: fopen failed.\n");

@@ -70,6 +70,37 @@ void session_point_id(DlSession& session, std::int64_t storage_index, char* out,
                     suffix, 1, type);
 }
 
+PointWalk point_walk_begin(DlSession& session) {
+    PointWalk walk;
+    walk.total = point_total_of(session.id_spec.cursor);
+    walk.slots = slot_capacity(session);
+    walk.stored_ids = session.file_type == FILE_TYPE_MANUAL;
+    return walk;
+}
+
+void point_walk_id(DlSession& session, const PointWalk& walk, char* out) {
+    if (walk.stored_ids) {
+        session_stored_id(session, walk.storage_index, out);
+    } else {
+        session_point_id(session, walk.storage_index, out, 1);
+    }
+}
+
+void point_walk_advance(DlSession& session, PointWalk& walk) {
+    ++walk.visit;
+    if (walk.stored_ids) {
+        ++walk.storage_index;
+        return;
+    }
+    // The walk steps from the point whose identifier was just composed. The
+    // texts of the next point are worked out when its identifier is
+    // composed, from its storage index.
+    const std::int64_t next = id_spec_step(session.id_spec, session.first_inc, session.second_inc,
+                                           session.third_inc, session.walk_pattern,
+                                           session.file_type, session.fourth_inc);
+    walk.storage_index = static_cast<std::uint32_t>(static_cast<std::uint64_t>(next));
+}
+
 void session_dimension_text(DlSession& session, std::int64_t storage_index, char* out,
                             int dimension, int with_unit) {
     seek_and_refresh(session, storage_index);

@@ -28,4 +28,29 @@ void session_point_id(DlSession& session, std::int64_t storage_index, char* out,
 void session_dimension_text(DlSession& session, std::int64_t storage_index, char* out,
                             int dimension, int with_unit);
 
+// The walk of the detailed form over a survey's test points: storage index 0
+// first, then the instrument's walk pattern, or the slots in order in
+// "MANUAL" files (which keep each point's identifier in its slot).
+struct PointWalk {
+    std::uint32_t visit = 0;
+    std::uint32_t total = 0;  // the points of the box
+    // A walk that visits each point once has read a slot past the end of the
+    // file (and reported it) by its visit number slots + 1. Only a damaged
+    // walk (one that doesn't move, or cycles through part of the box) gets
+    // further; it must end there instead of reading the same slots again for
+    // up to 2^32 visits.
+    std::uint64_t slots = 0;
+    std::uint32_t storage_index = 0;
+    bool stored_ids = false;
+};
+
+PointWalk point_walk_begin(DlSession& session);
+inline bool point_walk_more(const PointWalk& walk) { return walk.visit < walk.total; }
+inline bool point_walk_runs_off(const PointWalk& walk) { return walk.visit > walk.slots; }
+// The identifier of the current point as the detailed form writes it, into
+// out (ID_TEXT_SIZE bytes).
+void point_walk_id(DlSession& session, const PointWalk& walk, char* out);
+// On to the next point.
+void point_walk_advance(DlSession& session, PointWalk& walk);
+
 }  // namespace ugf

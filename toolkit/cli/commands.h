@@ -1,0 +1,41 @@
+// The subcommands of `ugf`: each adds its options to the command line and
+// runs once it is parsed. Exit statuses: 0 when everything succeeded, 1
+// when some input failed, 2 for a usage error.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "core/output.h"
+#include "core/survey.h"
+
+namespace ugf::kit {
+
+using Run = std::function<int()>;
+
+Run add_convert(CLI::App& app);
+Run add_stats(CLI::App& app);
+
+// Prints "ugf: " and the message on standard error.
+void complain(const std::string& message);
+
+// The surveys named by the command line's paths (files, and the surveys in
+// folders). A path that can't be used is reported and counted in `failed`.
+std::vector<Input> gather_inputs(const std::vector<std::string>& paths, int& failed);
+
+// Runs `work` on every input on `jobs` threads, each with a survey of its
+// own; `work` returns "" on success or what went wrong. Failures are
+// reported in the order of the inputs, each on one line, and a progress bar
+// is drawn on standard error when it is a terminal and `progress` is set.
+// Returns the number of inputs that failed.
+std::size_t run_jobs(const std::vector<Input>& inputs, unsigned jobs, bool progress,
+                     const std::function<std::string(const Input&, Survey&)>& work);
+
+// The default number of threads: the number of processors.
+unsigned default_jobs();
+
+}  // namespace ugf::kit

@@ -1,0 +1,67 @@
+// `ugf convert`: every survey into the file that the converter would write,
+// or a quoted CSV, on several threads.
+#include <cstdio>
+#include <map>
+
+#include "cli/commands.h"
+#include "core/convert.h"
+
+namespace ugf::kit {
+
+namespace {
+
+struct ConvertCommand {
+    std::vector<std::string> paths;
+    bool grid = false;
+    bool quote = false;
+    std::string out_dir;
+    unsigned jobs = default_jobs();
+};
+
+int run_convert(const ConvertCommand& c) {
+    int failed = 0;
+    const std::vector<Input> inputs = gather_inputs(c.paths, failed);
+    const ConvertOptions options{c.grid ? OUTPUT_GRID : OUTPUT_DETAILED, c.quote};
+
+    // Two inputs that would write one output: the second is refused, so
+    // that no output depends on which thread finishes last.
+    std::map<std::string, std::size_t> first_of_target;
+    std::vector<std::string> targets;
+    for (std::size_t i = 0; i < inputs.size(); ++i) {
+        targets.push_back(output_path(inputs[i], output_ending(options.form), c.out_dir));
+        first_of_target.emplace(targets.back(), i);
+    }
+    std::vector<std::size_t> index(inputs.size());
+    for (std::size_t i = 0; i < inputs.size(); ++i) index[i] = i;
+
+    const std::size_t failures = run_jobs(inputs, c.jobs, true, [&](const Input& input, Survey& survey) -> std::string {
+        const std::size_t i = static_cast<std::size_t>(&input - inputs.data());
+        const std::string& target = targets[i];
+        if (first_of_target[target] != i) {
+            return "its output " + target + " is also the output of " + inputs[first_of_target[target]].path;
+        }
+        if (!has_survey_extension(input.path)) return "not a .ugf file";
+        std::string why;
+        if (open_survey(survey, input.path, why) == 0) return why;
+        if (convert_to_file(survey, options, target, why) == 0) return why;
+        return "";
+    });
+    const std::size_t total = inputs.size() + static_cast<std::size_t>(failed);
+    std::fprintf(stderr, "converted %zu of %zu surveys\n", inputs.size() - failures, total);
+    return failures == 0 && failed == 0 ? 0 : 1;
+}
+
+}  // namespace
+
+Run add_convert(CLI::App& app) {
+    auto c = std::make_shared<ConvertCommand>();
+    CLI::App* cmd = app.add_subcommand("convert", "Convert surveys to CSV, as ugf2csv does, into the name it gives");
+    cmd->add_option("PATH", c->paths, "Survey files, or folders searched for .ugf files")->required();
+    cmd->add_flag("--grid", c->grid, "The grid form (default: the detailed form)");
+    cmd->add_option("--out-dir", c->out_dir, "Write the outputs here (keeping the folders below a given folder)");
+    cmd->add_flag("--quote", c->quote, "Quote cells whose stored text holds a comma, a quote or a line end (RFC 4180)");
+    cmd->add_option("--jobs", c->jobs, "Threads (default: the number of processors)")->check(CLI::Range(1u, 1024u));
+    return [c] { return run_convert(*c); };
+}
+
+}  // namespace ugf::kit

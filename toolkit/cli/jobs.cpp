@@ -1,0 +1,104 @@
+// The batch runner of the subcommands: inputs, threads, progress, failures.
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <mutex>
+#include <thread>
+
+#include "cli/commands.h"
+
+#if defined(_WIN32)
+#include <io.h>
+#define isatty _isatty
+#define fileno _fileno
+#else
+#include <unistd.h>
+#endif
+
+namespace ugf::kit {
+
+void complain(const std::string& message) { std::fprintf(stderr, "ugf: %s\n", message.c_str()); }
+
+unsigned default_jobs() {
+    const unsigned n = std::thread::hardware_concurrency();
+    return n == 0 ? 1 : n;
+}
+
+std::vector<Input> gather_inputs(const std::vector<std::string>& paths, int& failed) {
+    std::vector<Input> inputs;
+    for (const std::string& path : paths) {
+        std::string why;
+        if (find_surveys(path, inputs, why) == 0) {
+            complain(path + ": " + why);
+            ++failed;
+        }
+    }
+    return inputs;
+}
+
+namespace {
+
+// A bar on standard error, redrawn in place: "[#####     ] 12/120".
+struct Progress {
+    bool shown = false;
+    std::size_t total = 0;
+
+    void draw(std::size_t done) const {
+        if (!shown) return;
+        constexpr std::size_t WIDTH = 30;
+        const std::size_t filled = total == 0 ? WIDTH : done * WIDTH / total;
+        std::fprintf(stderr, "\r[%s%s] %zu/%zu", std::string(filled, '#').c_str(),
+                     std::string(WIDTH - filled, ' ').c_str(), done, total);
+        std::fflush(stderr);
+    }
+    void clear() const {
+        if (shown) std::fprintf(stderr, "\r%s\r", std::string(50, ' ').c_str());
+    }
+};
+
+}  // namespace
+
+std::size_t run_jobs(const std::vector<Input>& inputs, unsigned jobs, bool progress,
+                     const std::function<std::string(const Input&, Survey&)>& work) {
+    std::vector<std::string> results(inputs.size());
+    std::vector<char> finished(inputs.size(), 0);
+    std::atomic<std::size_t> next{0};
+    std::mutex report;
+    std::size_t reported = 0;
+    std::size_t done = 0;
+    std::size_t failed = 0;
+    Progress bar{progress && inputs.size() > 1 && isatty(fileno(stderr)) != 0, inputs.size()};
+    bar.draw(0);
+
+    auto worker = [&] {
+        Survey survey;
+        for (std::size_t i = next++; i < inputs.size(); i = next++) {
+            std::string why = work(inputs[i], survey);
+            close_datalogger_session(*survey.session);
+            std::lock_guard<std::mutex> lock(report);
+            results[i] = std::move(why);
+            finished[i] = 1;
+            ++done;
+            // Failures are told in the order of the inputs, whatever the
+            // order in which the threads finish them.
+            while (reported < inputs.size() && finished[reported] != 0) {
+                if (!results[reported].empty()) {
+                    bar.clear();
+                    complain(inputs[reported].path + ": " + results[reported]);
+                    ++failed;
+                }
+                ++reported;
+            }
+            bar.draw(done);
+        }
+    };
+    const unsigned threads = std::max(1u, std::min<unsigned>(jobs, static_cast<unsigned>(inputs.size())));
+    std::vector<std::thread> pool;
+    for (unsigned t = 1; t < threads; ++t) pool.emplace_back(worker);
+    worker();
+    for (std::thread& t : pool) t.join();
+    bar.clear();
+    return failed;
+}
+
+}  // namespace ugf::kit

@@ -1,0 +1,57 @@
+// `ugf`: batch conversion and examination of datalogger surveys, one
+// subcommand each, over the same library as the converter.
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "cli/commands.h"
+
+#if defined(_WIN32)
+#include "base/files.h"
+#endif
+
+namespace {
+
+int run(int argc, const char* const* argv) {
+    CLI::App app{"Converts, examines and compares the datalogger surveys (.ugf) of ultrasonic\n"
+                 "thickness gauges and flaw detectors.",
+                 "ugf"};
+    app.set_version_flag("--version", std::string("ugf ") + UGF_VERSION);
+    app.require_subcommand(1, 1);
+    std::vector<std::pair<CLI::App*, ugf::kit::Run>> commands;
+    for (auto add : {ugf::kit::add_convert, ugf::kit::add_stats}) {
+        ugf::kit::Run run = add(app);
+        commands.emplace_back(app.get_subcommands({}).back(), run);
+    }
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::CallForAllHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::CallForVersion& e) {
+        return app.exit(e);
+    } catch (const CLI::ParseError& e) {
+        app.exit(e);
+        return 2;
+    }
+    for (auto& [command, run] : commands) {
+        if (command->parsed()) return run();
+    }
+    return 2;
+}
+
+}  // namespace
+
+#if defined(_WIN32)
+// The wide-character entry gets names in any script; they go on as UTF-8.
+int wmain(int argc, wchar_t** argv) {
+    std::vector<std::string> args;
+    for (int i = 0; i < argc; ++i) args.push_back(ugf::wide_to_utf8(argv[i]));
+    std::vector<const char*> pointers;
+    for (const std::string& a : args) pointers.push_back(a.c_str());
+    return run(argc, pointers.data());
+}
+#else
+int main(int argc, char** argv) { return run(argc, argv); }
+#endif

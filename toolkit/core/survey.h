@@ -1,0 +1,104 @@
+// A survey as the toolkit sees it: opened for reading only, its facts, its
+// test points in the detailed form's order with the text and number that
+// each one's grid cell shows, and its grids laid out as the grid form lays
+// them out. Everything is read through the library's session; nothing here
+// decodes the file a second way.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "file/session.h"
+
+namespace ugf::kit {
+
+struct Survey {
+    std::unique_ptr<DlSession> session = std::make_unique<DlSession>();
+    std::string path;  // as given, UTF-8
+    // The cursor as the open placed it. A walk moves the positions of the
+    // unused dimensions too (its last step carries into them) and seeks keep
+    // them, so every walk starts again from here.
+    IdCursor opened_cursor{};
+};
+
+// Opens a file for reading only, or bytes the caller keeps while the survey
+// is open. On failure `why` says what went wrong in words ("cannot open:
+// ...", "read error at offset 0x...", "not a datalogger file ...").
+int open_survey(Survey& survey, const std::string& path, std::string& why);
+int open_survey_memory(Survey& survey, const std::uint8_t* bytes, std::size_t size,
+                       std::string& why);
+
+// What went wrong in a conversion of the open survey that gave 0.
+std::string conversion_failure(const Survey& survey);
+
+// Whether the survey's type has an output at all (not NOTES, SETUP,
+// INCREMENTAL, nor an unknown type).
+bool has_output(const Survey& survey);
+
+struct Facts {
+    std::string file_type;   // "2D", "LINEAR", ...
+    std::string instrument;  // "corrosion gauge", "precision gauge", "flaw detector"
+    std::string model;       // the instrument's model text, as the detailed head names it
+    std::string first_id;
+    std::string last_id;
+    std::string pattern;  // "STANDARD", ...
+    std::uint32_t points = 0;
+    std::string description;
+    std::string inspector;
+    std::string location;
+    std::vector<std::string> notes;  // the 16 notes, "A" first
+    bool has_grid = false;           // LINEAR and MANUAL surveys have none
+};
+
+Facts survey_facts(Survey& survey);
+
+// One test point.
+struct Point {
+    std::int64_t index = 0;  // storage index
+    std::string id;          // as the detailed form writes it
+    std::string text;        // the grid cell's text, leading blanks kept
+    double value = std::numeric_limits<double>::quiet_NaN();  // the number the cell shows
+    int decimals = 0;         // of that number
+    bool empty = false;       // no reading stored
+    bool lost = false;        // a lost signal: the cell shows a marker or notes
+    bool velocity = false;    // a sound velocity check, not a thickness
+    std::string units;        // "IN", "MM", "US", ... as the detailed form names them
+    std::uint32_t notes = 0;  // note mask, bit 0 is note "A"
+    int setup = 0;
+    std::string alarm;        // the reading's alarm state text
+    double low_alarm = std::numeric_limits<double>::quiet_NaN();  // of its setup, where set
+    bool ascan = false;
+    bool bscan = false;
+};
+
+// The reading at a storage index as the grid shows it (id left empty).
+int read_point(Survey& survey, std::int64_t index, Point& point, std::string& why);
+
+// Calls `visit` for every point in the detailed form's order; stops with 0
+// at the first read that fails (`why` says where) or when visit gives 0.
+int for_each_point(Survey& survey, const std::function<int(const Point&)>& visit,
+                   std::string& why);
+
+// The letters of a note mask joined by ":" ("A:C"), or the note's own text
+// when there is one note.
+std::string note_text(const Facts& facts, std::uint32_t mask);
+
+// One table of the grid form: a 2D survey has one, a 3D survey one for each
+// position of its dimension 2, a 4D-MANUAL survey one for each pair of its
+// dimensions 3 and 2.
+struct Grid {
+    std::string title;  // the group's titles, joined by " "; empty with one table
+    std::vector<std::string> row_titles;
+    std::vector<std::string> column_titles;
+    std::vector<std::int64_t> cells;  // storage index of each cell, row by row
+};
+
+// The tables of a survey with a grid. 0 (with `why`) when the survey is
+// larger than its file can hold, as a grid conversion would fail.
+int survey_grids(Survey& survey, std::vector<Grid>& grids, std::string& why);
+
+}  // namespace ugf::kit
