@@ -1,24 +1,26 @@
 #!/usr/bin/env bash
-# Builds the libFuzzer target with address and undefined-behaviour sanitizers
+# Builds a libFuzzer target with address and undefined-behaviour sanitizers
 # (clang) and runs it for the given number of seconds (default 60), seeded
-# with the sample surveys. New inputs go to build-fuzz/corpus; a crash leaves
-# its input in build-fuzz/ as crash-*.
-#   tests/fuzz/run-fuzz.sh [seconds] [extra libFuzzer flags...]
+# with the sample surveys. New inputs go to build-fuzz/corpus-TARGET; a crash
+# leaves its input in build-fuzz/ as crash-*.
+#   tests/fuzz/run-fuzz.sh [seconds] [target: convert (default) or stats] [extra libFuzzer flags...]
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 seconds=${1:-60}
-shift || true
+target=${2:-convert}
+shift $(( $# < 2 ? $# : 2 ))
 
 out=build-fuzz
-mkdir -p "$out/corpus"
+mkdir -p "$out/corpus-$target"
 sources=$(find src -name '*.cpp' ! -path src/run/main.cpp ! -path src/run/run.cpp)
-clang++ -std=c++20 -O1 -g -ffp-contract=off -Isrc \
+[ "$target" = convert ] || sources="$sources $(find toolkit/core -name '*.cpp')"
+clang++ -std=c++20 -O1 -g -ffp-contract=off -Isrc -Itoolkit \
   -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=all \
-  $sources tests/fuzz/fuzz_convert.cpp -o "$out/fuzz_convert"
+  $sources "tests/fuzz/fuzz_$target.cpp" -o "$out/fuzz_$target"
 
 seeds=()
 [ -d examples ] && seeds+=(examples)
 [ -d tests/fuzz/regressions ] && seeds+=(tests/fuzz/regressions)
 cd "$out"
-./fuzz_convert -max_total_time="$seconds" -max_len=200000 -timeout=20 -rss_limit_mb=4096 \
-  -print_final_stats=1 "$@" corpus "${seeds[@]/#/../}"
+"./fuzz_$target" -max_total_time="$seconds" -max_len=200000 -timeout=20 -rss_limit_mb=4096 \
+  -print_final_stats=1 "$@" "corpus-$target" "${seeds[@]/#/../}"
