@@ -89,16 +89,13 @@ void dac_depth_text(char* out, std::size_t size, const FlawSetup& setup, std::ui
     format_text(out, size, "%s %s", number, length_unit_text(u, false));
 }
 
-// How the points of a B-scan print: the number format and unit label of the
-// setup of the reading, by gage type.
-struct PointFormat {
-    std::uint32_t units = 0;
-    std::uint32_t resolution = 0;
-    DigitLayout layout = LAYOUT_STANDARD;
-    std::uint32_t doubled = 0;
-    std::uint32_t meas_mode = 0;
-    const char* unit = "";
-};
+const char* point_mark(const BscanPoint& p) {
+    if (point_min(p) != 0) return "MIN";
+    if (point_max(p) != 0) return "MAX";
+    return " ";
+}
+
+}  // namespace
 
 PointFormat point_format(const DlSession& session, const ReadingRecord& reading) {
     PointFormat f;
@@ -135,14 +132,6 @@ void point_value_text(char* out, std::size_t size, const BscanPoint& p, const Po
         format_thickness(out, size, v, f.units, f.resolution, f.layout, f.doubled, f.meas_mode);
     }
 }
-
-const char* point_mark(const BscanPoint& p) {
-    if (point_min(p) != 0) return "MIN";
-    if (point_max(p) != 0) return "MAX";
-    return " ";
-}
-
-}  // namespace
 
 int write_sample_values(const AscanRecord& ascan, const SampleStore& values, CsvSink& sink) {
     const std::size_t count = std::min<std::size_t>(ascan.sample_count, values.size());

@@ -15,6 +15,7 @@
 
 #include "file/session.h"
 #include "file/setup.h"
+#include "present/number_format.h"
 #include "base/console.h"
 #include "store/record.h"
 #include "store/scan.h"
@@ -52,6 +53,23 @@ int write_ascan_settings_precision(const DlSession& session, const AscanRecord& 
 // list when the head shows it, the four gate lines, and when the head shows
 // it the DAC table with the depth of each stored point.
 int write_flaw_scan_block(const ScanStore& store, const FlawSetup& setup, CsvSink& sink);
+
+// How the points of a B-scan print: the number format and unit label of the
+// setup of the reading, by gage type.
+struct PointFormat {
+    std::uint32_t units = 0;
+    std::uint32_t resolution = 0;
+    DigitLayout layout = LAYOUT_STANDARD;
+    std::uint32_t doubled = 0;
+    std::uint32_t meas_mode = 0;
+    const char* unit = "";
+};
+
+PointFormat point_format(const DlSession& session, const ReadingRecord& reading);
+
+// The thickness text of a B-scan point: "--.---" for a lost signal, nothing
+// for a position without a reading, else the thickness.
+void point_value_text(char* out, std::size_t size, const BscanPoint& p, const PointFormat& f);
 
 // The point table of a B-scan (store.bscan and its points) under its title
 // line, in the number format of the merged reading's setup; then, when `more`

@@ -1,5 +1,6 @@
 #include "core/survey.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
@@ -11,6 +12,9 @@
 #include "detailed/detailed_body.h"
 #include "detailed/preamble.h"
 #include "detailed/reading_row.h"
+#include "detailed/scan_dump.h"
+#include "present/dac_curve.h"
+#include "present/number_format.h"
 #include "grid/grid.h"
 #include "present/flaw_row.h"
 #include "present/reading_value.h"
@@ -317,6 +321,109 @@ int survey_grids(Survey& survey, std::vector<Grid>& grids, std::string& why) {
                 }
             }
         }
+    }
+    return 1;
+}
+
+namespace {
+
+Ascan ascan_of(DlSession& s, const ReadingRecord& reading, const Point& point) {
+    const ScanStore& store = *s.scan_store;
+    const AscanRecord& a = store.ascan;
+    Ascan out;
+    out.id = point.id;
+    out.reading = point.text;
+    out.units = point.units;
+    const std::size_t count = std::min<std::size_t>(a.sample_count, SCAN_SAMPLE_STORE);
+    out.max_samples.assign(store.max_samples.begin(), store.max_samples.begin() + static_cast<std::ptrdiff_t>(count));
+    out.min_samples.assign(store.min_samples.begin(), store.min_samples.begin() + static_cast<std::ptrdiff_t>(count));
+    if (s.gage_type == GAGE_FLAW_DETECTOR) {
+        if (peak_shown(a) != 0) {
+            out.peak_samples.assign(store.peak_samples.begin(),
+                                    store.peak_samples.begin() + static_cast<std::ptrdiff_t>(count));
+        }
+        auto gate = [](const char* name, std::uint16_t mti, std::uint16_t amplitude) {
+            return Ascan::Mark{name, mti >= PEAK_LOST ? -1 : static_cast<int>(mti),
+                               amplitude >= AMPLITUDE_LOST ? -1 : static_cast<int>(amplitude)};
+        };
+        out.marks.push_back(gate("GATE 1", a.gate1_mti, a.gate1_amplitude));
+        out.marks.push_back(gate("GATE 2", a.gate2_mti, a.gate2_amplitude));
+        const FlawSetup& setup = s.setups[flaw_setup_number(reading)].flaw;
+        out.gate1_alarm = alarm_kind_text(gate1_alarm(setup));
+        out.gate2_alarm = alarm_kind_text(gate2_alarm(setup));
+        if (dac_shown(a) != 0) {
+            for (const DacPoint& p : store.dac_points) {
+                if (p.dac_amplitude == 0) break;
+                out.dac_points.emplace_back(p.dac_count, p.dac_amplitude);
+            }
+        }
+        return out;
+    }
+    const std::uint32_t u = units(a.head);
+    char text[NUMBER_TEXT_SIZE];
+    format_scan_scale(text, sizeof text, a.delay, u, 0);
+    out.delay = std::string(text + std::strspn(text, " ")) + " " + length_unit_text(u, false);
+    format_scan_scale(text, sizeof text, static_cast<std::int32_t>(a.range), u, 0);
+    out.range = std::string(text + std::strspn(text, " ")) + " " + length_unit_text(u, false);
+    out.marks = {{"MB BLANK", a.mb_blank, -1}, {"MARKER1", a.marker1, -1}, {"MARKER2", a.marker2, -1}};
+    if (s.gage_type == GAGE_PRECISION) {
+        out.marks.push_back({"MARKER3", a.marker3, -1});
+        out.marks.push_back({"ECHO WIND", a.echo_window, -1});
+    }
+    return out;
+}
+
+Bscan bscan_of(DlSession& s, const ReadingRecord& reading, const Point& point) {
+    const ScanStore& store = *s.scan_store;
+    Bscan out;
+    out.id = point.id;
+    out.reading = point.text;
+    const PointFormat format = point_format(s, reading);
+    out.units = format.unit;
+    for (std::size_t i = 0; i < store.bscan.point_count; ++i) {
+        const BscanPoint p = bscan_point(store, i);
+        char text[NUMBER_TEXT_SIZE];
+        point_value_text(text, sizeof text, p, format);
+        out.texts.emplace_back(text);
+        double value = std::numeric_limits<double>::quiet_NaN();
+        int decimals = 0;
+        cell_number(text, value, decimals);
+        out.values.push_back(value);
+        out.alarms.emplace_back(alarm_state_text(point_alarm(p)));
+    }
+    return out;
+}
+
+}  // namespace
+
+int for_each_scan(Survey& survey, const std::function<int(const Ascan&)>& ascan,
+                  const std::function<int(const Bscan&)>& bscan, std::string& why) {
+    DlSession& session = *survey.session;
+    if (!has_output(survey)) {
+        why = conversion_failure(survey);
+        return 0;
+    }
+    session.id_spec.cursor = survey.opened_cursor;
+    for (PointWalk walk = point_walk_begin(session); point_walk_more(walk); point_walk_advance(session, walk)) {
+        if (point_walk_runs_off(walk)) {
+            why = conversion_failure(survey);
+            return 0;
+        }
+        Point point;
+        if (read_point(survey, walk.storage_index, point, why) == 0) return 0;
+        char id[ID_TEXT_SIZE] = {};
+        point_walk_id(session, walk, id);
+        point.id = id;
+        if (!point.ascan && !point.bscan) continue;
+        // The scan itself, as the detailed form reads it.
+        ReadingRecord reading{};
+        if (read_reading(session, walk.storage_index, reading, *session.scan_store, 1) == 0) {
+            why = conversion_failure(survey);
+            return 0;
+        }
+        const ReadingScan scan = merge_scan_head(session, reading, *session.scan_store);
+        if (scan.has_ascan != 0 && ascan(ascan_of(session, reading, point)) == 0) return 0;
+        if (scan.has_bscan != 0 && bscan(bscan_of(session, reading, point)) == 0) return 0;
     }
     return 1;
 }

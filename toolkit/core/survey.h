@@ -101,4 +101,43 @@ struct Grid {
 // larger than its file can hold, as a grid conversion would fail.
 int survey_grids(Survey& survey, std::vector<Grid>& grids, std::string& why);
 
+// A stored A-scan: the waveform of the reading that saved it, with the
+// positions and levels the instrument marked on it. Positions count trace
+// samples (0 to sample_count - 1); amplitudes are the stored counts (the
+// flaw detector's run 0 to 511, 512 meaning no signal).
+struct Ascan {
+    std::string id;
+    std::string reading;  // the point's cell text
+    std::string units;
+    std::vector<int> max_samples;
+    std::vector<int> min_samples;
+    std::vector<int> peak_samples;  // flaw detector, when the head shows them
+    std::string delay;              // thickness gauges: the display's start and width, with units
+    std::string range;
+    struct Mark {
+        std::string name;  // "MB BLANK", "MARKER1", "GATE 1", ...
+        int position = -1;     // trace position, -1 when the gate lost its signal
+        int amplitude = -1;    // detection amplitude of a gate, -1 when none
+    };
+    std::vector<Mark> marks;
+    std::string gate1_alarm;  // flaw detector
+    std::string gate2_alarm;
+    std::vector<std::pair<int, int>> dac_points;  // detection count, amplitude
+};
+
+// A stored B-scan: the thickness profile saved with a reading.
+struct Bscan {
+    std::string id;
+    std::string reading;
+    std::string units;
+    std::vector<std::string> texts;  // each point as the detailed dump prints it
+    std::vector<double> values;      // NaN for a lost or empty point
+    std::vector<std::string> alarms;
+};
+
+// Calls `ascan` and `bscan` for every stored scan, in the detailed form's
+// order. 0 (with `why`) when a read fails or a call gives 0.
+int for_each_scan(Survey& survey, const std::function<int(const Ascan&)>& ascan,
+                  const std::function<int(const Bscan&)>& bscan, std::string& why);
+
 }  // namespace ugf::kit
