@@ -215,6 +215,7 @@ int decode_session(DlSession& session) {
     const std::uint32_t index = static_cast<std::uint32_t>(session.current_index);
     cursor_seek(session.id_spec.cursor, static_cast<std::int64_t>(index));
     id_spec_refresh(session.id_spec, session.file_type);
+    session.opened_cursor = session.id_spec.cursor;
 
     session.is_open = 1;
     return 1;

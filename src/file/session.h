@@ -73,6 +73,10 @@ struct DlSession {
     char label_buffer[LABEL_TEXT_SIZE] = {};
     // Where the tables of the file lie.
     FileMap map{};
+    // The cursor as the open placed it. A walk's last step carries into the
+    // positions of unused dimensions, which seeks keep; each walk starts
+    // again from here.
+    IdCursor opened_cursor{};
 
     // The input stream; it stays open after a successful open. Its console
     // receives the read error lines.

@@ -71,6 +71,7 @@ void session_point_id(DlSession& session, std::int64_t storage_index, char* out,
 }
 
 PointWalk point_walk_begin(DlSession& session) {
+    session.id_spec.cursor = session.opened_cursor;
     PointWalk walk;
     walk.total = point_total_of(session.id_spec.cursor);
     walk.slots = slot_capacity(session);

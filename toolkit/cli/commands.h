@@ -19,6 +19,7 @@ using Run = std::function<int()>;
 
 Run add_convert(CLI::App& app);
 Run add_stats(CLI::App& app);
+Run add_export(CLI::App& app);
 
 // Prints "ugf: " and the message on standard error.
 void complain(const std::string& message);

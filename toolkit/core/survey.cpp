@@ -42,7 +42,6 @@ std::string read_failure(const DlSession& session) {
 }
 
 int opened(Survey& survey, int result, std::string& why) {
-    survey.opened_cursor = survey.session->id_spec.cursor;
     if (result != 0) return 1;
     why = read_failure(*survey.session);
     if (why.empty()) why = "not a datalogger file (its header names no survey this program reads)";
@@ -227,7 +226,6 @@ int for_each_point(Survey& survey, const std::function<int(const Point&)>& visit
         why = conversion_failure(survey);
         return 0;
     }
-    session.id_spec.cursor = survey.opened_cursor;
     for (PointWalk walk = point_walk_begin(session); point_walk_more(walk); point_walk_advance(session, walk)) {
         if (point_walk_runs_off(walk)) {
             why = conversion_failure(survey);
@@ -403,7 +401,6 @@ int for_each_scan(Survey& survey, const std::function<int(const Ascan&)>& ascan,
         why = conversion_failure(survey);
         return 0;
     }
-    session.id_spec.cursor = survey.opened_cursor;
     for (PointWalk walk = point_walk_begin(session); point_walk_more(walk); point_walk_advance(session, walk)) {
         if (point_walk_runs_off(walk)) {
             why = conversion_failure(survey);

@@ -19,10 +19,6 @@ namespace ugf::kit {
 struct Survey {
     std::unique_ptr<DlSession> session = std::make_unique<DlSession>();
     std::string path;  // as given, UTF-8
-    // The cursor as the open placed it. A walk moves the positions of the
-    // unused dimensions too (its last step carries into them) and seeks keep
-    // them, so every walk starts again from here.
-    IdCursor opened_cursor{};
 };
 
 // Opens a file for reading only, or bytes the caller keeps while the survey
