@@ -1,11 +1,11 @@
 #include "present/meas_box.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstring>
 
 #include "present/number_format.h"
+#include "base/bits.h"
 #include "base/console.h"
 #include "base/labels.h"
 
@@ -120,7 +120,7 @@ void render_box_value(MeasBox& box, std::uint32_t units, std::uint32_t resolutio
     if (rule == BoxRule::None) return;
 
     const std::int32_t v = static_cast<std::int32_t>(box.value);
-    const float f = std::bit_cast<float>(box.value);
+    const float f = float_from_bits(box.value);
     const std::int16_t s = static_cast<std::int16_t>(static_cast<std::uint16_t>(box.value >> 16));
 
     char t[NUMBER_TEXT_SIZE];

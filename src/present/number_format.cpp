@@ -1,9 +1,9 @@
 #include "present/number_format.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 
+#include "base/bits.h"
 #include "base/console.h"
 #include "base/labels.h"
 
@@ -302,7 +302,7 @@ void format_temperature(char* out, std::size_t size, std::int32_t fahrenheit, st
 }
 
 void format_temp_coefficient(char* out, std::size_t size, std::int32_t value) {
-    constexpr float STEP = std::bit_cast<float>(std::uint32_t{0x3727C5ACu});  // 0.00001f
+    const float STEP = float_from_bits(0x3727C5ACu);  // 0.00001f
     const float coefficient = static_cast<float>(value) * STEP;
     // The " " flag of the instrument's format gives way to "+".
 #pragma GCC diagnostic push
