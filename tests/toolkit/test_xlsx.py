@@ -112,9 +112,9 @@ def test_awkward_texts_read_back_with_openpyxl(tmp_path):
     # Row 1 is a title row, column A a text column: "1" and "07" stay texts.
     lines = [b"1,0.5,"] + [b"%02d,%s," % (i, cell) for i, (cell, _, _) in enumerate(AWKWARD, 2)]
     (tmp_path / "awkward.csv").write_bytes(b"\n".join(lines))
-    book = convert(tmp_path / "awkward.csv", 1, 1, 3, "survey: 2024/07 [north tank farm, all]")
+    book = convert(tmp_path / "awkward.csv", 1, 1, 3, "'\u015b: 2024/07 [north tank farm, all]")
     sheet = openpyxl.load_workbook(book).active
-    assert sheet.title == "survey_ 2024_07 _north tank far"
+    assert sheet.title == "_\u015b_ 2024_07 _north tank farm, a"
     assert sheet.max_row == len(lines) and sheet.max_column == 2
     check_cell(sheet["A1"], "1", False)
     check_cell(sheet["B1"], "0.5", False)

@@ -222,17 +222,94 @@ void append_utf8(std::string& out, char32_t cp) {
     }
 }
 
-// Spreadsheets refuse a sheet name with : \ / ? * [ ] or longer than 31
-// characters; those characters and control characters become "_".
+// The cell text as XML character data: valid UTF-8 stays, any other byte is
+// read as Latin-1, characters that XML 1.0 cannot hold (and carriage return,
+// which XML readers turn into a line feed) become _xHHHH_, and a "_x" of
+// the text is written "_x005F_x" so that no reader decodes it.
+void append_xml_text(std::string& out, std::string_view text) {
+    for (std::size_t i = 0, length; i < text.size(); i += length) {
+        char32_t cp = next_char(text, i, length);
+        if ((cp < 0x20 && cp != '\t' && cp != '\n') || cp == 0xFFFE || cp == 0xFFFF) {
+            static constexpr char kHex[] = "0123456789ABCDEF";
+            out += "_x";
+            for (int shift = 12; shift >= 0; shift -= 4) out.push_back(kHex[(cp >> shift) & 0xF]);
+            out.push_back('_');
+        } else if (cp == '_' && i + 1 < text.size() && text[i + 1] == 'x') {
+            out += "_x005F_";
+        } else if (cp == '&') {
+            out += "&amp;";
+        } else if (cp == '<') {
+            out += "&lt;";
+        } else if (cp == '>') {
+            out += "&gt;";
+        } else if (cp == '"') {
+            out += "&quot;";
+        } else if (length > 1 || cp < 0x80) {
+            out.append(text.substr(i, length));
+        } else {
+            append_utf8(out, cp);  // a byte read as Latin-1
+        }
+    }
+}
+
+// The number format that shows `text` exactly ("0.250" -> "0.000", "01" ->
+// "00", ".5" -> "#.0"), and the value to store in `value`; the empty format
+// when `text` is not a plain decimal number that a spreadsheet shows exactly.
+std::string number_format_of(std::string_view text, std::string& value) {
+    std::size_t i = 0, n = text.size();
+    int negative = n > 0 && text[0] == '-';
+    i += static_cast<std::size_t>(negative);
+    std::size_t int_start = i;
+    while (i < n && text[i] >= '0' && text[i] <= '9') ++i;
+    std::string_view whole = text.substr(int_start, i - int_start);
+    std::string_view fraction;
+    if (i < n && text[i] == '.') {
+        std::size_t frac_start = ++i;
+        while (i < n && text[i] >= '0' && text[i] <= '9') ++i;
+        fraction = text.substr(frac_start, i - frac_start);
+        if (fraction.empty()) return {};  // "5.": a format cannot end in the point alone
+    }
+    if (i != n || whole.size() + fraction.size() == 0) return {};
+    // Significant digits start at the first one that isn't 0. A spreadsheet
+    // shows 15 of them; the total bound keeps the formats short and few.
+    std::string digits = std::string(whole) + std::string(fraction);
+    std::size_t first = digits.find_first_not_of('0');
+    if (first == std::string::npos ? negative : digits.size() - first > 15) return {};
+    if (digits.size() > 30) return {};
+    std::size_t lead = whole.find_first_not_of('0');
+    value = negative ? "-" : "";
+    value += lead == std::string_view::npos ? "0" : std::string(whole.substr(lead));
+    std::string format;
+    if (whole.empty())
+        format = "#";  // ".5": no digit before the point
+    else if (whole.size() > 1 && whole[0] == '0')
+        format.assign(whole.size(), '0');  // "01": the leading zeros are shown
+    else
+        format = "0";
+    if (!fraction.empty()) {
+        value.push_back('.');
+        value += fraction;
+        format.push_back('.');
+        format.append(fraction.size(), '0');
+    }
+    return format;
+}
+
+// Spreadsheets refuse a sheet name with : \ / ? * [ ], longer than 31
+// characters, or with an apostrophe at either end; those characters and
+// control characters become "_".
 std::string sheet_name_text(std::string_view name) {
     std::string utf8;
     std::size_t count = 0;
     for (std::size_t i = 0, length; i < name.size() && count < 31; i += length, ++count) {
         char32_t cp = next_char(name, i, length);
-        if (cp < 0x20 || std::strchr(":\\/?*[]", static_cast<int>(cp)) != nullptr) cp = '_';
+        if (cp < 0x20 || (cp < 0x80 && std::strchr(":\\/?*[]", static_cast<int>(cp)) != nullptr))
+            cp = '_';
         append_utf8(utf8, cp);
     }
     if (utf8.empty()) utf8 = "Sheet1";
+    if (utf8.front() == '\'') utf8.front() = '_';  // nor may it begin or end with an apostrophe
+    if (utf8.back() == '\'') utf8.back() = '_';
     std::string xml;
     append_xml_text(xml, utf8);
     return xml;
@@ -296,72 +373,6 @@ int flush_sheet(XlsxWriter& w) {
 }
 
 }  // namespace
-
-void append_xml_text(std::string& out, std::string_view text) {
-    for (std::size_t i = 0, length; i < text.size(); i += length) {
-        char32_t cp = next_char(text, i, length);
-        if ((cp < 0x20 && cp != '\t' && cp != '\n') || cp == 0xFFFE || cp == 0xFFFF) {
-            static constexpr char kHex[] = "0123456789ABCDEF";
-            out += "_x";
-            for (int shift = 12; shift >= 0; shift -= 4) out.push_back(kHex[(cp >> shift) & 0xF]);
-            out.push_back('_');
-        } else if (cp == '_' && i + 1 < text.size() && text[i + 1] == 'x') {
-            out += "_x005F_";
-        } else if (cp == '&') {
-            out += "&amp;";
-        } else if (cp == '<') {
-            out += "&lt;";
-        } else if (cp == '>') {
-            out += "&gt;";
-        } else if (cp == '"') {
-            out += "&quot;";
-        } else if (length > 1 || cp < 0x80) {
-            out.append(text.substr(i, length));
-        } else {
-            append_utf8(out, cp);  // a byte read as Latin-1
-        }
-    }
-}
-
-std::string number_format_of(std::string_view text, std::string& value) {
-    std::size_t i = 0, n = text.size();
-    int negative = n > 0 && text[0] == '-';
-    i += static_cast<std::size_t>(negative);
-    std::size_t int_start = i;
-    while (i < n && text[i] >= '0' && text[i] <= '9') ++i;
-    std::string_view whole = text.substr(int_start, i - int_start);
-    std::string_view fraction;
-    if (i < n && text[i] == '.') {
-        std::size_t frac_start = ++i;
-        while (i < n && text[i] >= '0' && text[i] <= '9') ++i;
-        fraction = text.substr(frac_start, i - frac_start);
-        if (fraction.empty()) return {};  // "5.": a format cannot end in the point alone
-    }
-    if (i != n || whole.size() + fraction.size() == 0) return {};
-    // Significant digits start at the first one that isn't 0. A spreadsheet
-    // shows 15 of them; the total bound keeps the formats short and few.
-    std::string digits = std::string(whole) + std::string(fraction);
-    std::size_t first = digits.find_first_not_of('0');
-    if (first == std::string::npos ? negative : digits.size() - first > 15) return {};
-    if (digits.size() > 30) return {};
-    std::size_t lead = whole.find_first_not_of('0');
-    value = negative ? "-" : "";
-    value += lead == std::string_view::npos ? "0" : std::string(whole.substr(lead));
-    std::string format;
-    if (whole.empty())
-        format = "#";  // ".5": no digit before the point
-    else if (whole.size() > 1 && whole[0] == '0')
-        format.assign(whole.size(), '0');  // "01": the leading zeros are shown
-    else
-        format = "0";
-    if (!fraction.empty()) {
-        value.push_back('.');
-        value += fraction;
-        format.push_back('.');
-        format.append(fraction.size(), '0');
-    }
-    return format;
-}
 
 int xlsx_begin(XlsxWriter& w, std::FILE* file, std::string_view sheet_name) {
     w = XlsxWriter{};
@@ -434,6 +445,7 @@ int xlsx_finish(XlsxWriter& w) {
     int ok = flush_sheet(w) && end_member(w) && write_member(w, "xl/styles.xml", styles_text(w)) &&
              write_directory(w);
     w.deflate.reset();
+    w.ok = 0;  // finished: later calls fail instead of writing past the directory
     return ok;
 }
 

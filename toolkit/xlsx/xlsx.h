@@ -58,18 +58,8 @@ int xlsx_add_row(XlsxWriter& writer, const std::vector<std::string>& cells, int 
                  const std::vector<int>& text_columns = {});
 
 // Ends the sheet and writes the styles and the zip directory. Returns 1, or 0
-// when this or any earlier call failed. The file is left open.
+// when this or any earlier call failed. The file is left open; the writer
+// takes no more rows.
 int xlsx_finish(XlsxWriter& writer);
-
-// The cell text as XML character data: valid UTF-8 stays, any other byte is
-// read as Latin-1, characters that XML 1.0 cannot hold (and carriage return,
-// which XML readers turn into a line feed) become _xHHHH_, and a "_x" of
-// the text is written "_x005F_x" so that no reader decodes it.
-void append_xml_text(std::string& out, std::string_view text);
-
-// The number format that shows `text` exactly ("0.250" -> "0.000", "01" ->
-// "00", ".5" -> "#.0"), and the value to store in `value`; the empty format
-// when `text` is not a plain decimal number that a spreadsheet shows exactly.
-std::string number_format_of(std::string_view text, std::string& value);
 
 }  // namespace ugf
