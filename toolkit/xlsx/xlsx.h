@@ -33,7 +33,7 @@ struct XlsxWriter {
     int ok = 0;                  // 0 once anything failed: every later call fails
     std::uint64_t written = 0;   // bytes written to the file so far
     std::vector<ZipEntry> entries;
-    std::unique_ptr<z_stream_s, ZipDeflateEnd> deflate;  // the member being written
+    std::unique_ptr<z_stream_s, ZipDeflateEnd> deflate;  // reset for each member
     std::string pending;         // sheet text not yet handed to deflate
     std::vector<unsigned char> packed;  // deflate's output buffer
     std::uint32_t row_count = 0;
@@ -44,7 +44,8 @@ struct XlsxWriter {
 
 // Starts a workbook on `file`, opened for writing in binary mode; the writer
 // never seeks. `sheet_name` is cut to what spreadsheets accept (31
-// characters, no : \ / ? * [ ]). Returns 1, or 0 when a write failed.
+// characters, no : \ / ? * [ ], no apostrophe at either end). Returns 1, or
+// 0 when a write failed.
 int xlsx_begin(XlsxWriter& writer, std::FILE* file, std::string_view sheet_name);
 
 // Adds the next row. In a title row every cell is a text cell; otherwise a
