@@ -14,6 +14,7 @@ struct ConvertCommand {
     std::vector<std::string> paths;
     bool grid = false;
     bool quote = false;
+    bool xlsx = false;
     std::string out_dir;
     unsigned jobs = default_jobs();
 };
@@ -21,14 +22,14 @@ struct ConvertCommand {
 int run_convert(const ConvertCommand& c) {
     int failed = 0;
     const std::vector<Input> inputs = gather_inputs(c.paths, failed);
-    const ConvertOptions options{c.grid ? OUTPUT_GRID : OUTPUT_DETAILED, c.quote};
+    const ConvertOptions options{c.grid ? OUTPUT_GRID : OUTPUT_DETAILED, c.quote, c.xlsx};
 
     // Two inputs that would write one output: the second is refused, so
     // that no output depends on which thread finishes last.
     std::map<std::string, std::size_t> first_of_target;
     std::vector<std::string> targets;
     for (std::size_t i = 0; i < inputs.size(); ++i) {
-        targets.push_back(output_path(inputs[i], output_ending(options.form), c.out_dir));
+        targets.push_back(output_path(inputs[i], output_ending(options), c.out_dir));
         first_of_target.emplace(targets.back(), i);
     }
     std::vector<std::size_t> index(inputs.size());
@@ -60,6 +61,8 @@ Run add_convert(CLI::App& app) {
     cmd->add_flag("--grid", c->grid, "The grid form (default: the detailed form)");
     cmd->add_option("--out-dir", c->out_dir, "Write the outputs here (keeping the folders below a given folder)");
     cmd->add_flag("--quote", c->quote, "Quote cells whose stored text holds a comma, a quote or a line end (RFC 4180)");
+    cmd->add_flag("--xlsx", c->xlsx, "A workbook (NAME_detailed_output.xlsx) of the same rows and cells instead of the CSV")
+        ->excludes("--quote");
     cmd->add_option("--jobs", c->jobs, "Threads (default: the number of processors)")->check(CLI::Range(1u, 1024u));
     return [c] { return run_convert(*c); };
 }
