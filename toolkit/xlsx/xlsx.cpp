@@ -10,9 +10,76 @@
 // once every number format of the sheet is known.
 #include "xlsx.h"
 
-#include <zlib.h>
-
 #include <cstring>
+
+#if defined(UGF_XLSX_STORED)
+// Without zlib (the WebAssembly build has none) the members are deflate
+// streams of stored blocks: the same zip, its members not compressed.
+struct z_stream_s {
+    unsigned char* next_in = nullptr;
+    unsigned avail_in = 0;
+    unsigned char* next_out = nullptr;
+    unsigned avail_out = 0;
+    int finished = 0;
+};
+using Bytef = unsigned char;
+using uInt = unsigned;
+namespace {
+constexpr int Z_OK = 0;
+constexpr int Z_STREAM_END = 1;
+constexpr int Z_STREAM_ERROR = -2;
+constexpr int Z_NO_FLUSH = 0;
+constexpr int Z_FINISH = 4;
+constexpr int MAX_WBITS = 15;
+constexpr int Z_DEFAULT_COMPRESSION = -1;
+constexpr int Z_DEFLATED = 8;
+constexpr int Z_DEFAULT_STRATEGY = 0;
+
+std::uint32_t crc32(std::uint32_t crc, const Bytef* data, uInt size) {
+    if (data == nullptr) return 0;
+    crc = ~crc;
+    for (uInt i = 0; i < size; ++i) {
+        crc ^= data[i];
+        for (int k = 0; k < 8; ++k) crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
+    }
+    return ~crc;
+}
+int deflateInit2(z_stream_s* z, int, int, int, int, int) {
+    *z = z_stream_s{};
+    return Z_OK;
+}
+int deflateReset(z_stream_s* z) {
+    z->finished = 0;
+    return Z_OK;
+}
+void deflateEnd(z_stream_s*) {}
+// One stored block of as much input as the output buffer has room for, the
+// last one (with what is left) at the finish. A block that fills the buffer
+// leaves no room, so the caller comes back with a fresh buffer, as it does
+// when zlib fills it.
+int deflate(z_stream_s* z, int flush) {
+    if (z->avail_out <= 5) return Z_STREAM_ERROR;
+    const unsigned room = z->avail_out - 5 < 65535u ? z->avail_out - 5 : 65535u;
+    const unsigned n = z->avail_in < room ? z->avail_in : room;
+    const bool last = flush == Z_FINISH && n == z->avail_in;
+    if (n == 0 && !last) return Z_OK;
+    unsigned char* o = z->next_out;
+    o[0] = last ? 1 : 0;
+    o[1] = static_cast<unsigned char>(n & 0xFF);
+    o[2] = static_cast<unsigned char>(n >> 8);
+    o[3] = static_cast<unsigned char>(~n & 0xFF);
+    o[4] = static_cast<unsigned char>((~n >> 8) & 0xFF);
+    if (n != 0) std::memcpy(o + 5, z->next_in, n);
+    z->next_in += n;
+    z->avail_in -= n;
+    z->next_out += n + 5;
+    z->avail_out -= n + 5;
+    return last ? Z_STREAM_END : Z_OK;
+}
+}  // namespace
+#else
+#include <zlib.h>
+#endif
 
 namespace ugf {
 
