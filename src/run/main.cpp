@@ -1,11 +1,47 @@
+// The converter's entry point: one run on the process's one session, with
+// standard output as its console and files as its input and output.
+#include <cstdio>
+
+#include "base/files.h"
 #include "run/run.h"
 
 #if defined(_WIN32)
 #include <string>
 #include <vector>
+#endif
 
-#include "base/files.h"
+namespace {
 
+ugf::DlSession session;
+char output_buffer[1 << 16];
+std::FILE* output = nullptr;
+
+int open_input(void*, ugf::DlSession& s, const char* path) { return ugf::open_datalogger_session(s, path); }
+
+int create_output(void*, const char* path, ugf::CsvSink& sink) {
+    output = ugf::open_file(path, "w");
+    if (output == nullptr) return 0;
+    std::setvbuf(output, output_buffer, _IOFBF, sizeof output_buffer);
+    sink.stream = output;
+    return 1;
+}
+
+// A failed export leaves the output open: what was written is flushed when
+// the process ends.
+int finish_output(void*, ugf::CsvSink&) { return std::fclose(output) == 0 ? 1 : 0; }
+
+int run(int argc, const char* const* argv) {
+    ugf::RunIo io;
+    io.console = ugf::standard_output_console();
+    io.open_input = open_input;
+    io.create_output = create_output;
+    io.finish_output = finish_output;
+    return ugf::run_converter(argc, argv, session, io);
+}
+
+}  // namespace
+
+#if defined(_WIN32)
 // Windows hands a program its arguments in the system's code page, where a
 // name in another script can't be written; the wide-character entry gets
 // them whole, and the converter takes them as UTF-8.
@@ -15,8 +51,8 @@ int wmain(int argc, wchar_t** argv) {
     std::vector<const char*> pointers;
     for (const std::string& a : args) pointers.push_back(a.c_str());
     pointers.push_back(nullptr);
-    return ugf::run_converter(argc, pointers.data());
+    return run(argc, pointers.data());
 }
 #else
-int main(int argc, char** argv) { return ugf::run_converter(argc, argv); }
+int main(int argc, char** argv) { return run(argc, argv); }
 #endif

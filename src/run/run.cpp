@@ -4,30 +4,25 @@
 #include <cstring>
 
 #include "run/export.h"
-#include "file/session.h"
-#include "base/console.h"
-#include "base/files.h"
 
 namespace ugf {
 
 namespace {
 
-void print_usage() {
-    print_console("INFO: Enter two arguments\n");
-    print_console("INFO: 1. \"Drive:\\file_path\\file_name.ugf\"\n");
-    print_console("INFO: 2. d (or D) for detailed output; g (or G) for grid output\n");
-    print_console(
-        "INFO: 3. v (or V) for verbose output whole file on console; a (or A) for abbreviated\n");
+void print_usage(const Console& console) {
+    console_print(console, "INFO: Enter two arguments\n");
+    console_print(console, "INFO: 1. \"Drive:\\file_path\\file_name.ugf\"\n");
+    console_print(console, "INFO: 2. d (or D) for detailed output; g (or G) for grid output\n");
+    console_print(console,
+                  "INFO: 3. v (or V) for verbose output whole file on console; a (or A) for abbreviated\n");
 }
-
-// The one session of the process, and the output stream's buffer. Read
-// errors are printed on standard output with the status lines.
-DlSession session;
-char output_buffer[1 << 16];
 
 }  // namespace
 
-int run_converter(int argc, const char* const* argv) {
+int run_converter(int argc, const char* const* argv, DlSession& session, const RunIo& io) {
+    const Console& console = io.console;
+    auto print_usage = [&console] { ugf::print_usage(console); };
+    auto print_console = [&console](const char* text) { console_print(console, text); };
     if (argc != 4) {
         print_usage();
         return 1;
@@ -71,8 +66,9 @@ int run_converter(int argc, const char* const* argv) {
     }
 
     print_console("STATUS: Opening Datalogger Session...\n");
-    session.dl_stream.console = standard_output_console();
-    if (open_datalogger_session(session, input_path) == 0) {
+    // Read errors are printed on the run's console with the status lines.
+    session.dl_stream.console = console;
+    if (io.open_input(io.context, session, input_path) == 0) {
         print_console("ERROR: Operation failed!\n");
         std::free(output_path);
         return 1;
@@ -81,14 +77,11 @@ int run_converter(int argc, const char* const* argv) {
     const char* ending = output_form == OUTPUT_DETAILED ? "_detailed_output.csv" : "_grid_output.csv";
     std::memcpy(output_path + length - 4, ending, std::strlen(ending) + 1);
 
-    std::FILE* output = open_file(output_path, "w");
-    if (output == nullptr) {
+    if (io.create_output(io.context, output_path, sink) == 0) {
         std::free(output_path);
         print_console("ERROR: fopen failed.\n");
         return 1;
     }
-    std::setvbuf(output, output_buffer, _IOFBF, sizeof output_buffer);
-    sink.stream = output;
 
     print_console("STATUS: Exporting Data Logger File...\n");
     if (export_datalogger_file(session, output_form, sink) == 0) {
@@ -98,7 +91,7 @@ int run_converter(int argc, const char* const* argv) {
         return 1;
     }
 
-    if (std::fclose(output) == 0) {
+    if (io.finish_output(io.context, sink) != 0) {
         print_console("STATUS: Export done.\n");
     } else {
         print_console("ERROR: Output file close failed!\n");

@@ -12,7 +12,7 @@ shift $(( $# < 2 ? $# : 2 ))
 
 out=build-fuzz
 mkdir -p "$out/corpus-$target"
-sources=$(find src -name '*.cpp' ! -path src/run/main.cpp ! -path src/run/run.cpp)
+sources=$(find src -name '*.cpp' ! -path src/run/main.cpp)
 [ "$target" = convert ] || sources="$sources $(find toolkit/core -name '*.cpp')"
 clang++ -std=c++20 -O1 -g -ffp-contract=off -Isrc -Itoolkit \
   -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=all \
