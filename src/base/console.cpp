@@ -5,13 +5,6 @@
 
 namespace ugf {
 
-void print_console(const char* format, ...) {
-    va_list args;
-    va_start(args, format);
-    std::vprintf(format, args);
-    va_end(args);
-}
-
 namespace {
 void print_to_standard_output(void*, const char* text) { std::fputs(text, stdout); }
 }  // namespace

@@ -52,11 +52,8 @@ struct StoredCell {
 
 void stored_cell(StoredCell& cell, const char* text, const CsvSink& sink);
 
-// Formatted print to standard output: the converter's status, error and
-// usage lines.
-void print_console(const char* format, ...) __attribute__((format(printf, 1, 2)));
-
-// A Console that prints to standard output, as print_console does.
+// A Console that prints to standard output: the converter's status, error,
+// usage and read error lines.
 Console standard_output_console();
 
 // Formatted print into buf of `size` bytes, always terminated. The callers size
