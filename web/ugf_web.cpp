@@ -1,0 +1,191 @@
+// The page's engine: the library and the toolkit's shared code behind a few
+// calls that the page's worker makes. Surveys are the bytes the user gave;
+// every result is bytes or text handed back to the page, which never sends
+// anything anywhere.
+#include <emscripten/bind.h>
+#include <emscripten/val.h>
+
+#include <cmath>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/convert.h"
+#include "core/stats.h"
+#include "core/survey.h"
+#include "run/run.h"
+
+using emscripten::val;
+using namespace ugf;
+using namespace ugf::kit;
+
+namespace {
+
+struct PageSurvey {
+    std::string name;
+    std::vector<std::uint8_t> bytes;
+    Survey survey;
+    bool opened = false;
+    std::string why;  // what the toolkit's open said, when it failed
+};
+
+// The surveys of the page, by the number the page knows them by. One
+// module instance serves one worker, which handles one message at a time.
+struct Surveys {
+    std::map<int, std::unique_ptr<PageSurvey>> by_id;
+    int next = 1;
+};
+
+Surveys& surveys() {
+    static Surveys all;
+    return all;
+}
+
+PageSurvey* find(int id) {
+    auto it = surveys().by_id.find(id);
+    return it == surveys().by_id.end() ? nullptr : it->second.get();
+}
+
+val bytes_of(const std::string& text) {
+    val array = val::global("Uint8Array").new_(text.size());
+    array.call<void>("set", val(emscripten::typed_memory_view(text.size(), reinterpret_cast<const std::uint8_t*>(text.data()))));
+    return array;
+}
+
+// A survey from the page: its name and bytes.
+int add_survey(const std::string& name, const val& data) {
+    auto s = std::make_unique<PageSurvey>();
+    s->name = name;
+    s->bytes = emscripten::convertJSArrayToNumberVector<std::uint8_t>(data);
+    s->survey.path = name;
+    s->opened = open_survey_memory(s->survey, s->bytes.data(), s->bytes.size(), s->why) != 0;
+    const int id = surveys().next++;
+    surveys().by_id[id] = std::move(s);
+    return id;
+}
+
+void remove_survey(int id) { surveys().by_id.erase(id); }
+
+// The run of `ugf2csv NAME d a` (or g) on the survey's bytes: its console
+// text, its status, and the output file's name and bytes when it made one.
+struct PageRun {
+    PageSurvey* survey = nullptr;
+    std::string output;
+    std::string console;
+    std::size_t points = 0;
+    std::size_t rows = 0;
+    val progress = val::undefined();
+};
+
+void print(void* context, const char* text) { static_cast<PageRun*>(context)->console += text; }
+
+int open_input(void* context, DlSession& session, const char*) {
+    PageSurvey& s = *static_cast<PageRun*>(context)->survey;
+    return open_datalogger_memory(session, s.bytes.data(), s.bytes.size());
+}
+
+void write_output(void* context, const char* text, std::size_t n) {
+    auto& run = *static_cast<PageRun*>(context);
+    run.output.append(text, n);
+    // About one report of progress for each hundredth of the points.
+    for (std::size_t i = 0; i < n; ++i) run.rows += text[i] == '\n';
+    if (!run.progress.isUndefined() && run.points > 100 && run.rows >= run.points / 100) {
+        run.progress(static_cast<double>(run.output.size()));
+        run.rows = 0;
+    }
+}
+
+int create_output(void* context, const char*, CsvSink& sink) {
+    sink.write = write_output;
+    sink.context = context;
+    return 1;
+}
+
+int finish_output(void*, CsvSink&) { return 1; }
+
+val run_converter_on(int id, const std::string& form, const val& progress) {
+    val result = val::object();
+    PageSurvey* s = find(id);
+    if (s == nullptr) return result;
+    PageRun run;
+    run.survey = s;
+    run.progress = progress;
+    if (s->opened) run.points = point_total_of(s->survey.session->id_spec.cursor);
+    RunIo io;
+    io.console = {print, &run};
+    io.open_input = open_input;
+    io.create_output = create_output;
+    io.finish_output = finish_output;
+    io.context = &run;
+    const char* argv[] = {"ugf2csv", s->name.c_str(), form.c_str(), "a", nullptr};
+    auto session = std::make_unique<DlSession>();
+    const int status = run_converter(4, argv, *session, io);
+    result.set("status", status);
+    result.set("console", run.console);
+    if (status == 0) {
+        ConvertOptions options;
+        options.form = form == "g" ? OUTPUT_GRID : OUTPUT_DETAILED;
+        const std::string stem = s->name.substr(0, s->name.size() - 4);
+        result.set("name", stem + output_ending(options));
+        result.set("bytes", bytes_of(run.output));
+    }
+    return result;
+}
+
+// A quoted CSV or a workbook of the survey.
+val convert_extra(int id, const std::string& kind, const std::string& form) {
+    val result = val::object();
+    PageSurvey* s = find(id);
+    if (s == nullptr) return result;
+    if (!s->opened) {
+        result.set("error", s->name + ": " + s->why);
+        return result;
+    }
+    ConvertOptions options{form == "g" ? OUTPUT_GRID : OUTPUT_DETAILED, kind == "quoted", kind == "xlsx"};
+    std::string out, why;
+    if (convert_to_text(s->survey, options, out, why) == 0) {
+        result.set("error", s->name + ": " + why);
+        return result;
+    }
+    const std::string stem = s->name.size() >= 4 ? s->name.substr(0, s->name.size() - 4) : s->name;
+    result.set("name", stem + (kind == "quoted" ? std::string("_quoted") : std::string()) + output_ending(options));
+    result.set("bytes", bytes_of(out));
+    return result;
+}
+
+// The facts and statistics of `ugf stats --json`, as JSON text.
+val facts(int id, double minimum) {
+    val result = val::object();
+    PageSurvey* s = find(id);
+    if (s == nullptr) return result;
+    if (!s->opened) {
+        result.set("error", s->name + ": " + s->why);
+        return result;
+    }
+    Stats stats;
+    std::string why;
+    const std::optional<double> limit = std::isnan(minimum) ? std::nullopt : std::optional<double>(minimum);
+    if (survey_stats(s->survey, limit, stats, why) == 0) {
+        result.set("error", s->name + ": " + why);
+        return result;
+    }
+    const Facts f = survey_facts(s->survey);
+    nlohmann::ordered_json j = stats_json(stats);
+    j["first_id"] = f.first_id;
+    j["last_id"] = f.last_id;
+    j["pattern"] = f.pattern;
+    result.set("json", j.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+    return result;
+}
+
+}  // namespace
+
+EMSCRIPTEN_BINDINGS(ugf_web) {
+    emscripten::function("addSurvey", &add_survey);
+    emscripten::function("removeSurvey", &remove_survey);
+    emscripten::function("runConverter", &run_converter_on);
+    emscripten::function("convertExtra", &convert_extra);
+    emscripten::function("facts", &facts);
+}
