@@ -211,6 +211,17 @@ py::tuple grid(PySurvey& s, std::size_t k) {
     return py::make_tuple(a, rows, columns);
 }
 
+py::array_t<std::int64_t> grid_indexes(PySurvey& s, std::size_t k) {
+    std::lock_guard<std::mutex> guard(s.lock);
+    s.check();
+    const std::vector<Grid> grids = grids_of(s);
+    if (k >= grids.size()) throw py::index_error("the survey has " + std::to_string(grids.size()) + " grids");
+    const Grid& g = grids[k];
+    py::array_t<std::int64_t> a({static_cast<py::ssize_t>(g.row_titles.size()), static_cast<py::ssize_t>(g.column_titles.size())});
+    std::copy(g.cells.begin(), g.cells.end(), a.mutable_data());
+    return a;
+}
+
 py::list scans(PySurvey& s, bool want_ascans) {
     std::lock_guard<std::mutex> guard(s.lock);
     s.check();
@@ -330,6 +341,9 @@ PYBIND11_MODULE(ugf, m) {
         .def("grid", &grid, py::arg("k") = 0,
              "(values, row_titles, column_titles) of the k-th grid, laid out as the grid CSV: values is a 2-D "
              "float64 array with NaN where a cell shows no number.")
+        .def("grid_indexes", &grid_indexes, py::arg("k") = 0,
+             "The storage index of each cell of the k-th grid (a 2-D int64 array): the `index` column of points() "
+             "tells which point stands where.")
         .def("ascans", [](PySurvey& s) { return scans(s, true); },
              "The stored A-scans: dicts with id, reading, units, max, min, peak (numpy arrays of trace amplitudes), "
              "delay, range, gates (name, position, amplitude), gate alarms and DAC points.")
