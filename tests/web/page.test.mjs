@@ -1,0 +1,94 @@
+// The page in Debian's headless Chromium, opened from file://: every sample
+// survey and every damaged image of the end-to-end suite goes into the file
+// input; every download it offers must be byte for byte what ugf2csv
+// writes, every form that ugf2csv can't convert must show ugf2csv's console
+// text and offer nothing, the map must be drawn, and no request may leave
+// the machine.
+//   node --test tests/web/page.test.mjs   (env: UGF_PAGE, UGF2CSV, UGF_INPUTS)
+import { test } from 'node:test';
+import assert from 'node:assert/strict';
+import { execFileSync } from 'node:child_process';
+import fs from 'node:fs';
+import os from 'node:os';
+import path from 'node:path';
+import { chromium } from 'playwright-core';
+
+const page_file = process.env.UGF_PAGE;
+const converter = process.env.UGF2CSV;
+const inputs = process.env.UGF_INPUTS.split(path.delimiter).flatMap((dir) =>
+  fs.readdirSync(dir).filter((f) => !f.includes('_output')).map((f) => path.join(dir, f)));
+const browser_path = ['/usr/bin/chromium-headless-shell', '/usr/bin/chromium'].find((p) => fs.existsSync(p));
+
+// What ugf2csv prints and writes for one input and form, in a folder of its own.
+function native(input, form) {
+  const dir = fs.mkdtempSync(path.join(os.tmpdir(), 'ugf-native-'));
+  const name = path.basename(input);
+  fs.copyFileSync(input, path.join(dir, name));
+  let status = 0;
+  let console_text;
+  try {
+    console_text = execFileSync(converter, [name, form, 'a'], { cwd: dir }).toString('latin1');
+  } catch (e) {
+    status = e.status;
+    console_text = e.stdout.toString('latin1');
+  }
+  const outputs = fs.readdirSync(dir).filter((f) => f !== name);
+  const result = { status, console: console_text, files: Object.fromEntries(outputs.map((f) => [f, fs.readFileSync(path.join(dir, f))])) };
+  fs.rmSync(dir, { recursive: true });
+  return result;
+}
+
+// Chromium lets some downloads in a quick series pass without a word (one in
+// about ten): a link that gave none is clicked again.
+async function save(page, link) {
+  for (let attempt = 1; ; ++attempt) {
+    try {
+      const [download] = await Promise.all([page.waitForEvent('download', { timeout: 5000 }), link.click()]);
+      return await download.path();
+    } catch (e) {
+      if (attempt === 3) throw e;
+    }
+  }
+}
+
+test('the page converts every survey as ugf2csv does, and nothing leaves the machine', { timeout: 600000 }, async () => {
+  const browser = await chromium.launch({ executablePath: browser_path, args: ['--no-sandbox', '--disable-gpu',
+    '--disable-background-networking', '--disable-component-update', '--no-first-run', '--disable-sync'] });
+  try {
+    const context = await browser.newContext({ acceptDownloads: true });
+    const page = await context.newPage();
+    const schemes = new Set();
+    context.on('request', (r) => schemes.add(new URL(r.url()).protocol));
+    const errors = [];
+    page.on('pageerror', (e) => errors.push(e.message));
+    await page.goto('file://' + path.resolve(page_file));
+    await page.setInputFiles('#files', inputs);
+    await page.waitForFunction((n) => document.querySelectorAll('section.survey[data-done]').length === n,
+      inputs.length, { timeout: 500000 });
+
+    for (const [i, input] of inputs.entries()) {
+      const section = page.locator('section.survey').nth(i);
+      assert.equal(await section.locator('h2').textContent(), path.basename(input));
+      for (const form of ['d', 'g']) {
+        const expected = native(input, form);
+        const failed = section.locator(`div.failed[data-form="${form}"]`);
+        if (expected.status === 0) {
+          const [name, bytes] = Object.entries(expected.files)[0];
+          const saved = await save(page, section.locator(`a[download="${name}"]`));
+          assert.ok(Buffer.compare(fs.readFileSync(saved), bytes) === 0, `${input} ${form}: the download differs`);
+          assert.equal(await failed.count(), 0);
+        } else {
+          assert.equal(await failed.count(), 1, `${input} ${form}: no message`);
+          assert.equal(await failed.textContent(), `ugf2csv ${path.basename(input)} ${form} a\n` + expected.console);
+          const offered = await section.locator('div.links').first().locator('a[download]').evaluateAll((as) => as.map((a) => a.download));
+          const ending = form === 'd' ? '_detailed_output.csv' : '_grid_output.csv';
+          assert.ok(!offered.some((n) => n.endsWith(ending)), `${input} ${form}: a download for a failed form`);
+        }
+      }
+    }
+    assert.deepEqual(errors, []);
+    assert.deepEqual([...schemes].filter((s) => !['file:', 'blob:', 'data:'].includes(s)), []);
+  } finally {
+    await browser.close();
+  }
+});
