@@ -15,8 +15,9 @@ import { chromium } from 'playwright-core';
 
 const page_file = process.env.UGF_PAGE;
 const converter = process.env.UGF2CSV;
-const inputs = process.env.UGF_INPUTS.split(path.delimiter).flatMap((dir) =>
-  fs.readdirSync(dir).filter((f) => !f.includes('_output')).map((f) => path.join(dir, f)));
+// The samples' surveys, and every file of the folder of damaged images.
+const inputs = process.env.UGF_INPUTS.split(path.delimiter).flatMap((dir, i) => fs.readdirSync(dir)
+  .filter((f) => i > 0 || f.endsWith('.ugf')).sort().map((f) => path.join(dir, f)));
 const browser_path = ['/usr/bin/chromium-headless-shell', '/usr/bin/chromium'].find((p) => fs.existsSync(p));
 
 // What ugf2csv prints and writes for one input and form, in a folder of its own.
