@@ -109,6 +109,7 @@ async function convertForms(s) {
       $('busy-text').textContent = `${s.name}: ${form === 'd' ? 'detailed' : 'grid'} form, ${Math.round(done / 1024)} KB`;
     });
     s.times[form] = performance.now() - start;
+    s.section.dataset[`ms${form}`] = s.times[form].toFixed(1);
     if (r.status === 0 && r.bytes) {
       s.links.append(link(r.name, r.bytes, 'text/csv'));
     } else {

@@ -74,8 +74,7 @@ struct PageRun {
     PageSurvey* survey = nullptr;
     std::string output;
     std::string console;
-    std::size_t points = 0;
-    std::size_t rows = 0;
+    std::size_t reported = 0;  // output bytes at the last report of progress
     val progress = val::undefined();
 };
 
@@ -89,11 +88,10 @@ int open_input(void* context, DlSession& session, const char*) {
 void write_output(void* context, const char* text, std::size_t n) {
     auto& run = *static_cast<PageRun*>(context);
     run.output.append(text, n);
-    // About one report of progress for each hundredth of the points.
-    for (std::size_t i = 0; i < n; ++i) run.rows += text[i] == '\n';
-    if (!run.progress.isUndefined() && run.points > 100 && run.rows >= run.points / 100) {
+    // A report of progress for each MiB of output.
+    if (!run.progress.isUndefined() && run.output.size() - run.reported >= (1u << 20)) {
         run.progress(static_cast<double>(run.output.size()));
-        run.rows = 0;
+        run.reported = run.output.size();
     }
 }
 
@@ -112,7 +110,6 @@ val run_converter_on(int id, const std::string& form, const val& progress) {
     PageRun run;
     run.survey = s;
     run.progress = progress;
-    if (s->opened) run.points = point_total_of(s->survey.session->id_spec.cursor);
     RunIo io;
     io.console = {print, &run};
     io.open_input = open_input;
