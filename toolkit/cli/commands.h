@@ -19,6 +19,8 @@ using Run = std::function<int()>;
 
 Run add_convert(CLI::App& app);
 Run add_stats(CLI::App& app);
+Run add_report(CLI::App& app);
+Run add_compare(CLI::App& app);
 
 // Prints "ugf: " and the message on standard error.
 void complain(const std::string& message);
