@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 
 #include "core/output.h"
@@ -223,7 +224,8 @@ std::string legend(const Scale& scale, const LegendMarks& m) {
             const double t = span != 0 ? std::clamp((v - scale.low) / span, 0.0, 1.0) : 0.5;
             const std::string x = num(X + t * W);
             out += "<line x1=\"" + x + "\" y1=\"12\" x2=\"" + x + "\" y2=\"38\" stroke=\"" + colour +
-                   "\" stroke-width=\"2\"/><text x=\"" + x + "\" y=\"10\" text-anchor=\"middle\">" + escape(label) +
+                   "\" stroke-width=\"2\"/><text x=\"" + x + "\" y=\"10\" text-anchor=\"" +
+                   (t < 0.2 ? "start" : t > 0.8 ? "end" : "middle") + "\">" + escape(label) +
                    "</text>";
         };
         tick(m.minimum, "#111", "minimum " + fixed(m.minimum, m.decimals));
@@ -263,7 +265,7 @@ struct Frame {
 };
 
 std::string polyline(const std::string& points, const char* colour, const char* extra = "") {
-    return "<polyline fill=\"none\" stroke=\"" + std::string(colour) + "\" stroke-width=\"1.3\" " + extra +
+    return "<polyline fill=\"none\" stroke=\"" + std::string(colour) + "\" stroke-width=\"1.3\" vector-effect=\"non-scaling-stroke\" " + extra +
            "points=\"" + points + "\"/>";
 }
 
@@ -292,19 +294,35 @@ std::string profile_svg(const Profile& p) {
         if (!run.empty()) out += polyline(run, "#31688e");
         run.clear();
     };
-    for (std::size_t i = 0; i < n; ++i) {
-        if (std::isnan(p.values[i])) {
+    // A long profile is drawn as the smallest and largest value of each of
+    // about 650 columns, which is all that the chart's pixels can show.
+    const std::size_t bucket = std::max<std::size_t>(1, (n + 649) / 650);
+    std::size_t last_dot = SIZE_MAX;
+    for (std::size_t start = 0; start < n; start += bucket) {
+        std::size_t lo = SIZE_MAX, hi = SIZE_MAX;
+        for (std::size_t i = start; i < std::min(n, start + bucket); ++i) {
+            if (std::isnan(p.values[i])) continue;
+            if (lo == SIZE_MAX || p.values[i] < p.values[lo]) lo = i;
+            if (hi == SIZE_MAX || p.values[i] > p.values[hi]) hi = i;
+        }
+        if (lo == SIZE_MAX || (bucket == 1 && std::isnan(p.values[start]))) {
             flush();
             continue;
         }
-        run += num(f.x(static_cast<double>(i), static_cast<double>(n))) + "," + num(f.y(p.values[i])) + " ";
+        for (std::size_t i : {std::min(lo, hi), std::max(lo, hi)}) {
+            if (i == last_dot) continue;
+            run += num(f.x(static_cast<double>(i), static_cast<double>(n))) + "," + num(f.y(p.values[i])) + " ";
+            last_dot = i;
+        }
     }
     flush();
+    last_dot = SIZE_MAX;
     for (std::size_t i = 0; i < n; ++i) {
         const double v = p.values[i];
         if (std::isnan(v)) continue;
         const bool below = i < p.below.size() ? p.below[i] != 0 : (!std::isnan(p.minimum) && v < p.minimum);
-        if (!below && n > 600) continue;
+        if (n > 600 && (!below || (last_dot != SIZE_MAX && i / bucket == last_dot / bucket))) continue;
+        if (below) last_dot = i;
         out += "<circle cx=\"" + num(f.x(static_cast<double>(i), static_cast<double>(n))) + "\" cy=\"" + num(f.y(v)) +
                "\" r=\"" + (below ? "3.5\" fill=\"#d62728\"/>" : "2\" fill=\"#31688e\"/>");
     }
@@ -346,13 +364,22 @@ std::string ascan_figure(const Ascan& a) {
                 run.clear();
                 continue;
             }
-            run += num(f.x(static_cast<double>(i), static_cast<double>(n))) + "," + num(f.y(samples[i])) + " ";
+            // The inner points of a level stretch add nothing to the line.
+            if (!run.empty() && i + 1 < samples.size() && samples[i - 1] == samples[i] && samples[i + 1] == samples[i]) {
+                continue;
+            }
+            run += std::to_string(i) + "," + std::to_string(samples[i]) + " ";
         }
         if (!run.empty()) out += polyline(run, colour, extra);
     };
+    // The traces are drawn in samples and counts, which the group maps onto the frame.
+    const double sx = n > 1 ? (f.width - f.left - f.right) / static_cast<double>(n - 1) : 1.0;
+    out += "<g transform=\"matrix(" + std::to_string(sx) + " 0 0 " + std::to_string(-(f.height - f.top - f.bottom) / top) +
+           " " + num(n > 1 ? f.left : f.x(0, 1)) + " " + num(f.height - f.bottom) + ")\">";
     trace(a.min_samples, "#8fb3df", "");
     trace(a.max_samples, "#1f4e9c", "");
     trace(a.peak_samples, "#e69f00", "stroke-dasharray=\"3 2\" ");
+    out += "</g>";
     std::string dac;
     for (const auto& [count, amplitude] : a.dac_points) {
         dac += num(f.x(count, static_cast<double>(n))) + "," + num(f.y(std::min(amplitude, top))) + " ";
@@ -376,7 +403,10 @@ std::string ascan_figure(const Ascan& a) {
         if (m.position < 0) out += "; " + escape(m.name) + ": no signal";
         else if (m.amplitude >= 0) out += "; " + escape(m.name) + " at " + std::to_string(m.position) + ", amplitude " + std::to_string(m.amplitude);
     }
-    if (flaw) out += "; gate 1 alarm " + escape(a.gate1_alarm) + ", gate 2 alarm " + escape(a.gate2_alarm);
+    if (flaw) {
+        auto trim = [](const std::string& t) { return t.substr(0, t.find_last_not_of(' ') + 1); };
+        out += "; gate 1 alarm " + escape(trim(a.gate1_alarm)) + ", gate 2 alarm " + escape(trim(a.gate2_alarm));
+    }
     if (!a.dac_points.empty()) out += "; DAC curve of " + std::to_string(a.dac_points.size()) + " points";
     return out + " (" + std::to_string(n) + " samples)</figcaption></figure>\n";
 }

@@ -117,10 +117,10 @@ int survey_report(Survey& survey, const ReportOptions& options, std::string& pag
         const Reading r = reading_of(p, stats);
         if (!std::isnan(r.limit)) limits.insert(r.limit);
         if (r.below && ++below_total <= LISTED_MAX) {
-            below_rows.push_back({p.id, trimmed(p.text), p.units, fixed(r.limit, stats.decimals), note_text(facts, p.notes), p.alarm});
+            below_rows.push_back({p.id, trimmed(p.text), p.units, fixed(r.limit, stats.decimals), note_text(facts, p.notes), trimmed(p.alarm)});
         }
         if (flaw && !p.empty && trimmed(p.alarm) != "OFF" && ++alarm_total <= LISTED_MAX) {
-            alarm_rows.push_back({p.id, trimmed(p.text), p.units, p.alarm, note_text(facts, p.notes)});
+            alarm_rows.push_back({p.id, trimmed(p.text), p.units, trimmed(p.alarm), note_text(facts, p.notes)});
         }
         if (!facts.has_grid) {
             profile.values.push_back(r.value);
