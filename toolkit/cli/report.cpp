@@ -1,7 +1,6 @@
 // `ugf report`: a self-contained HTML page for each survey, beside it or in
 // an output folder, on several threads.
 #include <cstdio>
-#include <map>
 #include <optional>
 
 #include "cli/commands.h"
@@ -21,23 +20,15 @@ struct ReportCommand {
 int run_report(const ReportCommand& c) {
     int failed = 0;
     const std::vector<Input> inputs = gather_inputs(c.paths, failed);
-    // Two inputs with one output: the second is refused, as in convert.
-    std::map<std::string, std::size_t> first_of_target;
-    std::vector<std::string> targets;
-    for (std::size_t i = 0; i < inputs.size(); ++i) {
-        targets.push_back(output_path(inputs[i], "_report.html", c.out_dir));
-        first_of_target.emplace(targets.back(), i);
-    }
+    const Outputs outputs = plan_outputs(inputs, "_report.html", c.out_dir);
     const std::size_t failures = run_jobs(inputs, c.jobs, true, [&](const Input& input, Survey& survey) -> std::string {
         const std::size_t i = static_cast<std::size_t>(&input - inputs.data());
-        if (first_of_target[targets[i]] != i) {
-            return "its output " + targets[i] + " is also the output of " + inputs[first_of_target[targets[i]]].path;
-        }
+        if (!outputs.clashes[i].empty()) return outputs.clashes[i];
         if (!has_survey_extension(input.path)) return "not a .ugf file";
         std::string why, page;
         if (open_survey(survey, input.path, why) == 0) return why;
         if (survey_report(survey, c.options, page, why) == 0) return why;
-        if (write_file_atomically(targets[i], page, false, why) == 0) return why;
+        if (write_file_atomically(outputs.targets[i], page, false, why) == 0) return why;
         return "";
     });
     const std::size_t total = inputs.size() + static_cast<std::size_t>(failed);

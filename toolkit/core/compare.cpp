@@ -13,11 +13,6 @@ namespace {
 
 constexpr std::size_t LISTED_MAX = 500;  // rows of the page's loss table; the CSV has all
 
-std::string trimmed(const std::string& text) {
-    const std::size_t first = text.find_first_not_of(' ');
-    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
 bool thickness(const Point& p) { return !p.empty && !p.velocity && !p.lost && !std::isnan(p.value); }
 
 std::string csv_cell(const std::string& text) {
@@ -61,7 +56,7 @@ int compare_surveys(Survey& baseline, Survey& latest, const CompareOptions& opti
         CompareRow r;
         r.id = p.id;
         r.status = CompareRow::BASELINE_ONLY;
-        r.baseline_text = trimmed(p.text);
+        r.baseline_text = trim_blanks(p.text);
         if (thickness(p)) r.baseline = convert_length(p.value, p.units, c.units);
         by_id[p.id].push_back(base_rows.size());
         base_rows.push_back(std::move(r));
@@ -75,7 +70,7 @@ int compare_surveys(Survey& baseline, Survey& latest, const CompareOptions& opti
         CompareRow r;
         r.id = p.id;
         r.status = CompareRow::LATEST_ONLY;
-        r.latest_text = trimmed(p.text);
+        r.latest_text = trim_blanks(p.text);
         r.latest_index = p.index;
         r.latest_empty = p.empty;
         r.latest_lost = !p.empty && !p.velocity && (p.lost || std::isnan(p.value));
@@ -133,7 +128,7 @@ int compare_page(const Comparison& c, Survey& latest, std::string& page, std::st
         std::vector<std::pair<std::string, std::string>> rows = {
             {role, survey_name(path)}, {"file type", f.file_type}, {"instrument", f.instrument},
             {"identifiers", f.first_id + " to " + f.last_id}, {"points", std::to_string(f.points)}, {"units", units}};
-        if (f.description.find_first_not_of(' ') != std::string::npos) rows.emplace_back("description", trimmed(f.description));
+        if (f.description.find_first_not_of(' ') != std::string::npos) rows.emplace_back("description", trim_blanks(f.description));
         return rows;
     };
     page += facts_table(survey_rows("baseline", c.baseline_path, c.baseline_facts, c.baseline_units));

@@ -91,6 +91,11 @@ std::string escape(const std::string& text) {
     return out;
 }
 
+std::string trim_blanks(const std::string& text) {
+    const std::size_t first = text.find_first_not_of(' ');
+    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
 std::string survey_name(const std::string& path) {
     std::string name = path.substr(path.find_last_of("/\\") + 1);
     if (has_survey_extension(name)) name.resize(name.size() - 4);
@@ -404,8 +409,7 @@ std::string ascan_figure(const Ascan& a) {
         else if (m.amplitude >= 0) out += "; " + escape(m.name) + " at " + std::to_string(m.position) + ", amplitude " + std::to_string(m.amplitude);
     }
     if (flaw) {
-        auto trim = [](const std::string& t) { return t.substr(0, t.find_last_not_of(' ') + 1); };
-        out += "; gate 1 alarm " + escape(trim(a.gate1_alarm)) + ", gate 2 alarm " + escape(trim(a.gate2_alarm));
+        out += "; gate 1 alarm " + escape(trim_blanks(a.gate1_alarm)) + ", gate 2 alarm " + escape(trim_blanks(a.gate2_alarm));
     }
     if (!a.dac_points.empty()) out += "; DAC curve of " + std::to_string(a.dac_points.size()) + " points";
     return out + " (" + std::to_string(n) + " samples)</figcaption></figure>\n";

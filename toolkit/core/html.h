@@ -19,6 +19,9 @@ namespace ugf::kit {
 // character becomes U+FFFD, so that any stored text makes a well-formed page.
 std::string escape(const std::string& text);
 
+// `text` without its leading and trailing blanks.
+std::string trim_blanks(const std::string& text);
+
 // The last part of a path, without a ".ugf" ending in any case.
 std::string survey_name(const std::string& path);
 

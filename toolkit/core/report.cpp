@@ -14,11 +14,6 @@ constexpr std::size_t LISTED_MAX = 2000;  // rows of a list before "and N more"
 
 bool blank(const std::string& text) { return text.find_first_not_of(' ') == std::string::npos; }
 
-std::string trimmed(const std::string& text) {
-    const std::size_t first = text.find_first_not_of(' ');
-    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
 // What the page needs of a point, in the survey's units.
 struct Reading {
     double value = std::numeric_limits<double>::quiet_NaN();  // NaN: no thickness to colour
@@ -117,10 +112,10 @@ int survey_report(Survey& survey, const ReportOptions& options, std::string& pag
         const Reading r = reading_of(p, stats);
         if (!std::isnan(r.limit)) limits.insert(r.limit);
         if (r.below && ++below_total <= LISTED_MAX) {
-            below_rows.push_back({p.id, trimmed(p.text), p.units, fixed(r.limit, stats.decimals), note_text(facts, p.notes), trimmed(p.alarm)});
+            below_rows.push_back({p.id, trim_blanks(p.text), p.units, fixed(r.limit, stats.decimals), note_text(facts, p.notes), trim_blanks(p.alarm)});
         }
-        if (flaw && !p.empty && trimmed(p.alarm) != "OFF" && ++alarm_total <= LISTED_MAX) {
-            alarm_rows.push_back({p.id, trimmed(p.text), p.units, trimmed(p.alarm), note_text(facts, p.notes)});
+        if (flaw && !p.empty && trim_blanks(p.alarm) != "OFF" && ++alarm_total <= LISTED_MAX) {
+            alarm_rows.push_back({p.id, trim_blanks(p.text), p.units, trim_blanks(p.alarm), note_text(facts, p.notes)});
         }
         if (!facts.has_grid) {
             profile.values.push_back(r.value);
@@ -139,7 +134,7 @@ int survey_report(Survey& survey, const ReportOptions& options, std::string& pag
     for (int s : setups) setup_list += (setup_list.empty() ? "" : ", ") + std::to_string(s);
     std::vector<std::pair<std::string, std::string>> rows = {
         {"file type", facts.file_type},
-        {"instrument", facts.instrument + (blank(facts.model) ? "" : " (" + trimmed(facts.model) + ")")},
+        {"instrument", facts.instrument + (blank(facts.model) ? "" : " (" + trim_blanks(facts.model) + ")")},
         {"identifiers", facts.first_id + " to " + facts.last_id},
         {"pattern", facts.pattern},
         {"points", std::to_string(facts.points)},
@@ -148,7 +143,7 @@ int survey_report(Survey& survey, const ReportOptions& options, std::string& pag
     for (const auto& [label, value] : {std::pair<const char*, const std::string&>{"description", facts.description},
                                        {"location", facts.location},
                                        {"inspector", facts.inspector}}) {
-        if (!blank(value)) rows.emplace_back(label, trimmed(value));
+        if (!blank(value)) rows.emplace_back(label, trim_blanks(value));
     }
     page += facts_table(rows) + facts_table(stats_rows(stats)) + "</div>\n";
 
