@@ -3,7 +3,9 @@
 # (clang) and runs it for the given number of seconds (default 60), seeded
 # with the sample surveys. New inputs go to build-fuzz/corpus-TARGET; a crash
 # leaves its input in build-fuzz/ as crash-*.
-#   tests/fuzz/run-fuzz.sh [seconds] [target: convert (default) or stats] [extra libFuzzer flags...]
+#   tests/fuzz/run-fuzz.sh [seconds] [target: convert (default), stats, report or compare] [extra libFuzzer flags...]
+# The compare target's seeds are pairs of sample surveys, each cut where its
+# first two bytes say.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 seconds=${1:-60}
@@ -21,6 +23,19 @@ clang++ -std=c++20 -O1 -g -ffp-contract=off -Isrc -Itoolkit \
 seeds=()
 [ -d examples ] && seeds+=(examples)
 [ -d tests/fuzz/regressions ] && seeds+=(tests/fuzz/regressions)
+if [ "$target" = compare ] && [ -d examples ]; then
+  mkdir -p "$out/seeds-compare"
+  python3 - "$out/seeds-compare" examples/*.ugf <<'PY'
+import sys
+folder, names = sys.argv[1], sys.argv[2:]
+for k, (a, b) in enumerate(list(zip(names, names)) + list(zip(names, names[1:] + names[:1]))):
+    first, second = open(a, "rb").read(), open(b, "rb").read()
+    total = len(first) + len(second)
+    v = next(v for v in range(65536) if v * total // 65536 >= len(first))
+    open(f"{folder}/pair-{k}", "wb").write(bytes([v >> 8, v & 255]) + first + second)
+PY
+  seeds+=("$out/seeds-compare")
+fi
 cd "$out"
 "./fuzz_$target" -max_total_time="$seconds" -max_len=200000 -timeout=20 -rss_limit_mb=4096 \
   -print_final_stats=1 "$@" "corpus-$target" "${seeds[@]/#/../}"

@@ -20,6 +20,8 @@ using Run = std::function<int()>;
 Run add_convert(CLI::App& app);
 Run add_stats(CLI::App& app);
 Run add_export(CLI::App& app);
+Run add_report(CLI::App& app);
+Run add_compare(CLI::App& app);
 
 // Prints "ugf: " and the message on standard error.
 void complain(const std::string& message);
@@ -27,6 +29,16 @@ void complain(const std::string& message);
 // The surveys named by the command line's paths (files, and the surveys in
 // folders). A path that can't be used is reported and counted in `failed`.
 std::vector<Input> gather_inputs(const std::vector<std::string>& paths, int& failed);
+
+// The output of each input (named as `output_path` names it) and, for an
+// input whose output an earlier input already has, the failure to report
+// instead of writing it, so that no output depends on which thread finishes
+// last ("" for the others).
+struct Outputs {
+    std::vector<std::string> targets;
+    std::vector<std::string> clashes;
+};
+Outputs plan_outputs(const std::vector<Input>& inputs, const std::string& ending, const std::string& out_dir);
 
 // Runs `work` on every input on `jobs` threads, each with a survey of its
 // own; `work` returns "" on success or what went wrong. Failures are

@@ -1,7 +1,6 @@
 // `ugf convert`: every survey into the file that the converter would write,
 // or a quoted CSV, on several threads.
 #include <cstdio>
-#include <map>
 
 #include "cli/commands.h"
 #include "core/convert.h"
@@ -24,23 +23,11 @@ int run_convert(const ConvertCommand& c) {
     const std::vector<Input> inputs = gather_inputs(c.paths, failed);
     const ConvertOptions options{c.grid ? OUTPUT_GRID : OUTPUT_DETAILED, c.quote, c.xlsx};
 
-    // Two inputs that would write one output: the second is refused, so
-    // that no output depends on which thread finishes last.
-    std::map<std::string, std::size_t> first_of_target;
-    std::vector<std::string> targets;
-    for (std::size_t i = 0; i < inputs.size(); ++i) {
-        targets.push_back(output_path(inputs[i], output_ending(options), c.out_dir));
-        first_of_target.emplace(targets.back(), i);
-    }
-    std::vector<std::size_t> index(inputs.size());
-    for (std::size_t i = 0; i < inputs.size(); ++i) index[i] = i;
-
+    const Outputs outputs = plan_outputs(inputs, output_ending(options), c.out_dir);
     const std::size_t failures = run_jobs(inputs, c.jobs, true, [&](const Input& input, Survey& survey) -> std::string {
         const std::size_t i = static_cast<std::size_t>(&input - inputs.data());
-        const std::string& target = targets[i];
-        if (first_of_target[target] != i) {
-            return "its output " + target + " is also the output of " + inputs[first_of_target[target]].path;
-        }
+        const std::string& target = outputs.targets[i];
+        if (!outputs.clashes[i].empty()) return outputs.clashes[i];
         if (!has_survey_extension(input.path)) return "not a .ugf file";
         std::string why;
         if (open_survey(survey, input.path, why) == 0) return why;

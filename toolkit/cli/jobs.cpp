@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <map>
 #include <mutex>
 #include <thread>
 
@@ -34,6 +35,18 @@ std::vector<Input> gather_inputs(const std::vector<std::string>& paths, int& fai
         }
     }
     return inputs;
+}
+
+Outputs plan_outputs(const std::vector<Input>& inputs, const std::string& ending, const std::string& out_dir) {
+    Outputs out;
+    std::map<std::string, std::size_t> first_of_target;
+    for (std::size_t i = 0; i < inputs.size(); ++i) {
+        out.targets.push_back(output_path(inputs[i], ending, out_dir));
+        const auto [first, added] = first_of_target.emplace(out.targets.back(), i);
+        out.clashes.push_back(added ? "" : "its output " + out.targets.back() + " is also the output of " +
+                                               inputs[first->second].path);
+    }
+    return out;
 }
 
 namespace {

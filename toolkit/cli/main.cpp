@@ -19,7 +19,8 @@ int run(int argc, const char* const* argv) {
     app.set_version_flag("--version", std::string("ugf ") + UGF_VERSION);
     app.require_subcommand(1, 1);
     std::vector<std::pair<CLI::App*, ugf::kit::Run>> commands;
-    for (auto add : {ugf::kit::add_convert, ugf::kit::add_stats, ugf::kit::add_export}) {
+    for (auto add : {ugf::kit::add_convert, ugf::kit::add_stats, ugf::kit::add_report, ugf::kit::add_compare,
+                     ugf::kit::add_export}) {
         ugf::kit::Run run = add(app);
         commands.emplace_back(app.get_subcommands({}).back(), run);
     }

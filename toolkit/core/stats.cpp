@@ -6,17 +6,12 @@
 
 namespace ugf::kit {
 
-namespace {
-
-// Length units convert into each other; any other pair doesn't.
-double convert(double value, const std::string& from, const std::string& to) {
+double convert_length(double value, const std::string& from, const std::string& to) {
     if (from == to) return value;
     if (from == "IN" && to == "MM") return value * 25.4;
     if (from == "MM" && to == "IN") return value / 25.4;
     return std::numeric_limits<double>::quiet_NaN();
 }
-
-}  // namespace
 
 std::string fixed(double value, int decimals) {
     if (std::isnan(value)) return "";
@@ -62,7 +57,7 @@ int survey_stats(Survey& survey, std::optional<double> minimum, Stats& stats, st
     double sum_sq = 0.0;
     ok = for_each_point(survey, [&](const Point& p) {
         if (p.empty || p.velocity || p.lost || std::isnan(p.value)) return 1;
-        const double x = convert(p.value, p.units, stats.units);
+        const double x = convert_length(p.value, p.units, stats.units);
         if (std::isnan(x)) return 1;
         ++stats.readings;
         sum += x;
@@ -80,7 +75,7 @@ int survey_stats(Survey& survey, std::optional<double> minimum, Stats& stats, st
             stats.max_id = p.id;
         }
         // The reading's own setup says its low alarm, in the reading's units.
-        const double limit = minimum ? *minimum : convert(p.low_alarm, p.units, stats.units);
+        const double limit = minimum ? *minimum : convert_length(p.low_alarm, p.units, stats.units);
         if (!std::isnan(limit)) {
             if (!minimum) stats.minimum_source = "low alarm";
             if (x < limit) ++stats.below;

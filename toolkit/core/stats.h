@@ -45,6 +45,10 @@ struct Stats {
 // alarms. 0 (with `why`) when a read fails.
 int survey_stats(Survey& survey, std::optional<double> minimum, Stats& stats, std::string& why);
 
+// A value in units `from` ("IN", "MM", ...) in units `to`: lengths convert
+// into each other, any other pair gives NaN.
+double convert_length(double value, const std::string& from, const std::string& to);
+
 // A number with `decimals` digits behind the point; "" for not a number.
 std::string fixed(double value, int decimals);
 
