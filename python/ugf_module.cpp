@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "core/compare.h"
 #include "core/convert.h"
 #include "core/output.h"
 #include "core/stats.h"
@@ -310,6 +311,53 @@ py::object to_json(PySurvey& s, std::optional<std::string> path) {
     return py::str(json);
 }
 
+// The rows of `ugf compare`: a pandas.DataFrame, or a dict of numpy arrays.
+py::object compare(PySurvey& baseline, PySurvey& latest, std::optional<double> years, std::optional<double> minimum) {
+    std::scoped_lock guard(baseline.lock, latest.lock);
+    baseline.check();
+    latest.check();
+    Comparison c;
+    std::string why;
+    int ok = 0;
+    {
+        py::gil_scoped_release release;
+        ok = compare_surveys(baseline.survey, latest.survey, {years, minimum}, c, why);
+    }
+    if (ok == 0) throw Error(why);
+    std::vector<std::string> id, status, baseline_text, latest_text;
+    std::vector<double> b, l, loss, share, rate, limit, life;
+    for (const CompareRow& r : c.rows) {
+        id.push_back(r.id);
+        status.push_back(r.status == CompareRow::BOTH ? "both" : r.status == CompareRow::BASELINE_ONLY ? "baseline only" : "latest only");
+        baseline_text.push_back(r.baseline_text);
+        latest_text.push_back(r.latest_text);
+        b.push_back(r.baseline);
+        l.push_back(r.latest);
+        loss.push_back(r.loss);
+        share.push_back(r.share);
+        rate.push_back(r.rate);
+        limit.push_back(r.limit);
+        life.push_back(r.life);
+    }
+    py::dict columns;
+    columns["id"] = object_array(id);
+    columns["status"] = object_array(status);
+    columns["baseline_text"] = object_array(baseline_text);
+    columns["latest_text"] = object_array(latest_text);
+    columns["baseline"] = array_of(b);
+    columns["latest"] = array_of(l);
+    columns["loss"] = array_of(loss);
+    columns["share"] = array_of(share);
+    columns["rate"] = array_of(rate);
+    columns["minimum"] = array_of(limit);
+    columns["remaining_life"] = array_of(life);
+    try {
+        return py::module_::import("pandas").attr("DataFrame")(columns);
+    } catch (const py::error_already_set&) {
+        return columns;
+    }
+}
+
 }  // namespace
 
 PYBIND11_MODULE(ugf, m) {
@@ -371,4 +419,10 @@ PYBIND11_MODULE(ugf, m) {
         .def("__repr__", [](PySurvey& s) { return "<ugf.Survey " + s.survey.path + (s.open ? "" : " (closed)") + ">"; });
 
     m.def("open", &open_path, py::arg("path"), "Opens a survey file for reading only and returns a Survey.");
+    m.def("compare", &compare, py::arg("baseline"), py::arg("latest"), py::arg("years") = py::none(),
+          py::arg("minimum") = py::none(),
+          "The rows of `ugf compare`: points matched by identifier, in the latest's units, with the two readings, "
+          "the loss and its share (percent) of the baseline, with `years` the rate per year, with a minimum "
+          "(else each latest reading's low alarm) the remaining life. A pandas.DataFrame, or a dict of numpy "
+          "arrays; status tells points found in one survey only.");
 }

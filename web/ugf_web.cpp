@@ -12,7 +12,9 @@
 #include <string>
 #include <vector>
 
+#include "core/compare.h"
 #include "core/convert.h"
+#include "core/report.h"
 #include "core/stats.h"
 #include "core/survey.h"
 #include "run/run.h"
@@ -177,9 +179,64 @@ val facts(int id, double minimum) {
     return result;
 }
 
+std::optional<double> given(double v) { return std::isnan(v) ? std::nullopt : std::optional<double>(v); }
+
+std::string stem_of(const std::string& name) {
+    return name.size() >= 4 && (name.compare(name.size() - 4, 4, ".ugf") == 0 || name.compare(name.size() - 4, 4, ".UGF") == 0)
+               ? name.substr(0, name.size() - 4)
+               : name;
+}
+
+// The report page of `ugf report`.
+val report(int id, double minimum, double nominal) {
+    val result = val::object();
+    PageSurvey* s = find(id);
+    if (s == nullptr) return result;
+    if (!s->opened) {
+        result.set("error", s->name + ": " + s->why);
+        return result;
+    }
+    std::string page, why;
+    if (survey_report(s->survey, {given(minimum), given(nominal)}, page, why) == 0) {
+        result.set("error", s->name + ": " + why);
+        return result;
+    }
+    result.set("name", stem_of(s->name) + "_report.html");
+    result.set("html", page);
+    return result;
+}
+
+// The CSV and the page of `ugf compare`.
+val compare(int baseline_id, int latest_id, double years, double minimum) {
+    val result = val::object();
+    PageSurvey* b = find(baseline_id);
+    PageSurvey* l = find(latest_id);
+    if (b == nullptr || l == nullptr) return result;
+    for (PageSurvey* s : {b, l}) {
+        if (!s->opened) {
+            result.set("error", s->name + ": " + s->why);
+            return result;
+        }
+    }
+    Comparison comparison;
+    std::string page, why;
+    if (compare_surveys(b->survey, l->survey, {given(years), given(minimum)}, comparison, why) == 0 ||
+        compare_page(comparison, l->survey, page, why) == 0) {
+        result.set("error", why);
+        return result;
+    }
+    result.set("csvName", stem_of(l->name) + "_compare.csv");
+    result.set("csv", bytes_of(compare_csv(comparison)));
+    result.set("htmlName", stem_of(l->name) + "_compare.html");
+    result.set("html", page);
+    return result;
+}
+
 }  // namespace
 
 EMSCRIPTEN_BINDINGS(ugf_web) {
+    emscripten::function("report", &report);
+    emscripten::function("compare", &compare);
     emscripten::function("addSurvey", &add_survey);
     emscripten::function("removeSurvey", &remove_survey);
     emscripten::function("runConverter", &run_converter_on);

@@ -143,3 +143,34 @@ def test_random_and_damaged_bytes_never_crash(tmp_path):
                 survey.to_json()
         except ugf.Error:
             pass
+
+
+def test_compare_gives_the_rows_of_the_command_line(tmp_path):
+    # A later survey of the tank: every reading 0.0060 inch thinner (its raw
+    # thickness counts 0.0001 inch: bits 5 to 8 of word0 and the u16 behind).
+    data = bytearray((EXAMPLES / "corrosion_2d.ugf").read_bytes())
+    for slot in range(0x1500, 0x1500 + 96 * 16, 16):
+        word0 = int.from_bytes(data[slot:slot + 4], "big")
+        raw = ((word0 >> 5) & 0xF) << 16 | int.from_bytes(data[slot + 4:slot + 6], "big")
+        if word0 >> 29 == 1 and 60 <= raw != 0xFFFFA:
+            raw -= 60
+            data[slot:slot + 4] = ((word0 & ~(0xF << 5)) | ((raw >> 16) << 5)).to_bytes(4, "big")
+            data[slot + 4:slot + 6] = (raw & 0xFFFF).to_bytes(2, "big")
+    later = tmp_path / "later.ugf"
+    later.write_bytes(bytes(data))
+    subprocess.run([BUILD / "ugf", "compare", "--years", "3", "--minimum", "0.15", EXAMPLES / "corrosion_2d.ugf",
+                    later, "--out-dir", tmp_path], check=True, capture_output=True)
+    lines = list(csv.DictReader((tmp_path / "later_compare.csv").open()))
+    with ugf.open(str(EXAMPLES / "corrosion_2d.ugf")) as a, ugf.open(str(later)) as b:
+        rows = ugf.compare(a, b, years=3, minimum=0.15)
+    assert list(rows["id"]) == [line["ID"] for line in lines]
+    both = [i for i, s in enumerate(rows["status"]) if s == "both" and not math.isnan(rows["loss"][i])]
+    # Readings behind a scan link keep their thickness in the scan block.
+    thinner = [i for i in both if rows["loss"][i] != 0]
+    assert len(thinner) > 80
+    for i in thinner:
+        assert rows["loss"][i] == pytest.approx(0.006)
+        assert rows["rate"][i] == pytest.approx(0.002)
+    for i in thinner:
+        assert float(lines[i]["LOSS"]) == pytest.approx(rows["loss"][i], abs=5e-4)
+        assert float(lines[i]["REMAINING LIFE (YEARS)"]) == pytest.approx(rows["remaining_life"][i], abs=0.05)
