@@ -87,6 +87,42 @@ test('the page converts every survey as ugf2csv does, and nothing leaves the mac
         }
       }
     }
+
+    // The map of the sample tank floor with a minimum of 0.210: its pixels,
+    // as the browser draws them, for a cell below the minimum, an empty
+    // point, a lost signal, and the legend's scale.
+    await page.fill('#minimum', '0.210');
+    await page.click('#apply');
+    const tank = page.locator('section.survey', { has: page.locator('h2', { hasText: /^corrosion_2d\.ugf$/ }) });
+    const report = tank.frameLocator('iframe.report');
+    await report.locator('td.lo').first().waitFor();
+    await page.waitForFunction(() => document.getElementById('busy').hidden);
+    const frame = await tank.locator('iframe.report').elementHandle();
+    await frame.scrollIntoViewIfNeeded();
+    // The colours of a row of pixels across a cell, inside its border.
+    const colours = async (cell) => {
+      await cell.scrollIntoViewIfNeeded();
+      const box = await cell.boundingBox();
+      const width = Math.floor(box.width) - 8;
+      const png = await page.screenshot({ clip: { x: box.x + 4, y: box.y + box.height / 2, width, height: 1 } });
+      return page.evaluate(async ([b64, w]) => {
+        const image = new Image();
+        image.src = 'data:image/png;base64,' + b64;
+        await image.decode();
+        const g = new OffscreenCanvas(w, 1).getContext('2d');
+        g.drawImage(image, 0, 0);
+        const d = g.getImageData(0, 0, w, 1).data;
+        return [...new Set(Array.from({ length: w }, (_, i) => `${d[4 * i]},${d[4 * i + 1]},${d[4 * i + 2]}`))];
+      }, [png.toString('base64'), width]);
+    };
+    const RED = '214,39,40';
+    const WHITE = '255,255,255';
+    assert.ok((await colours(report.locator('td.lo').first())).includes(RED));
+    assert.deepEqual(await colours(report.locator('table.map tbody td:empty').first()), [WHITE]);
+    const lost = await colours(report.locator('td.h', { hasText: '--.---' }).first());
+    assert.ok(lost.some((c) => c !== RED && c !== WHITE), `lost signal drawn as ${lost}`);
+    assert.ok(await report.locator('div.legend svg rect').count() > 5);
+
     assert.deepEqual(errors, []);
     assert.deepEqual([...schemes].filter((s) => !['file:', 'blob:', 'data:'].includes(s)), []);
   } finally {
