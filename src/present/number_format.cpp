@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "base/console.h"
+#include "base/text_builder.h"
 #include "base/labels.h"
 
 namespace ugf {
@@ -13,26 +14,7 @@ namespace {
 
 // Appends to a caller's buffer without ever passing its end; the text stays
 // terminated after every step.
-struct TextOut {
-    char* out;
-    std::size_t size;
-    std::size_t len = 0;
-
-    TextOut(char* buffer, std::size_t buffer_size) : out(buffer), size(buffer_size) {
-        if (size > 0) out[0] = '\0';
-    }
-    void put(char c) {
-        if (len + 1 < size) {
-            out[len++] = c;
-            out[len] = '\0';
-        }
-    }
-    // Up to n characters of s, stopping at its terminator.
-    void put(const char* s, std::size_t n) {
-        for (std::size_t k = 0; k < n && s[k] != '\0'; ++k) put(s[k]);
-    }
-    void put(const char* s) { put(s, std::strlen(s)); }
-};
+using TextOut = TextBuilder;
 
 // The instrument's digit cut: the first `keep` characters of the scratch
 // text, then "." and the next `decimals` characters when `decimals` is not 0.
@@ -40,10 +22,10 @@ struct TextOut {
 void cut_digits(TextOut& o, const char* scratch, int keep, int decimals) {
     const std::size_t length = std::strlen(scratch);
     const std::size_t head = std::min<std::size_t>(static_cast<std::size_t>(std::max(keep, 0)), length);
-    o.put(scratch, head);
+    o.put(std::string_view(scratch, head));
     if (decimals != 0) {
         o.put('.');
-        o.put(scratch + head, static_cast<std::size_t>(std::max(decimals, 0)));
+        o.put_prefix(scratch + head, static_cast<std::size_t>(std::max(decimals, 0)));
     }
 }
 
@@ -146,13 +128,12 @@ void format_thickness(char* out, std::size_t size, std::int32_t value, std::uint
         if (a < row.threshold) keep -= 1;
     }
 
+    // The digits as " %*.*lu" (mode 5) or "%*.5lu" would print them into
+    // seven bytes.
     char scratch[7];
-    if (row.cp_format) {
-        format_text_bounded(scratch, sizeof scratch, " %*.*lu", width, row.digits,
-                            static_cast<unsigned long>(a));
-    } else {
-        format_text_bounded(scratch, sizeof scratch, "%*.5lu", width, static_cast<unsigned long>(a));
-    }
+    TextBuilder digits(scratch, sizeof scratch);
+    if (row.cp_format) digits.put(' ');
+    digits.put_int(a, width, row.cp_format ? row.digits : 5);
     cut_digits(o, scratch, keep, row.decimals);
 }
 
@@ -228,9 +209,9 @@ void format_time_us(char* out, std::size_t size, std::int32_t value) {
     // At least five digits: the last two are dropped, two decimals remain.
     const std::size_t length = std::strlen(scratch);
     if (length < 5) return;
-    o.put(scratch, length - 4);
+    o.put_prefix(scratch, length - 4);
     o.put('.');
-    o.put(scratch + (length - 4), 2);
+    o.put_prefix(scratch + (length - 4), 2);
     o.put(" US");
 }
 
@@ -240,7 +221,7 @@ void format_frequency_mhz(char* out, std::size_t size, std::uint16_t tenths_mhz)
     format_text_bounded(scratch, sizeof scratch, "%d", static_cast<int>(tenths_mhz));
     const std::size_t length = std::strlen(scratch);
     if (length == 0) return;
-    o.put(scratch, length - 1);
+    o.put_prefix(scratch, length - 1);
     o.put('.');
     o.put(scratch[length - 1]);
     o.put(" MHZ");
@@ -264,22 +245,29 @@ void format_tenths(char* out, std::size_t size, std::uint16_t value) {
 #pragma GCC diagnostic ignored "-Wformat"
     format_text_bounded(scratch, sizeof scratch, "%03.3d", static_cast<int>(value));
 #pragma GCC diagnostic pop
-    o.put(scratch, 2);
+    o.put_prefix(scratch, 2);
     o.put('.');
-    o.put(scratch + std::min<std::size_t>(2, std::strlen(scratch)), 1);
+    o.put_prefix(scratch + std::min<std::size_t>(2, std::strlen(scratch)), 1);
 }
 
 void format_gain_setting(char* out, std::size_t size, std::uint16_t mode, std::uint16_t db) {
     TextOut o(out, size);
     if (mode == 4) {
+        // "%-2dDB" in a buffer of NUMBER_TEXT_SIZE, then the marks.
         char scratch[NUMBER_TEXT_SIZE];
-        format_text_bounded(scratch, sizeof scratch, "%-2dDB", static_cast<int>(db));
-        o.put(scratch);
+        TextBuilder s(scratch, sizeof scratch);
+        s.put_int(db, 2, -1, true);
+        s.put("DB");
+        o.put(s.view());
         if (db == 0) o.put(" MIN");
         if (db == 94) o.put(" MAX");
         return;
     }
-    format_text_bounded(out, size, "%-4.4s", ui_text(UI_GAIN_MODE + static_cast<std::int64_t>(mode)));
+    // "%-4.4s": the first four characters of the name, blanks up to four.
+    const char* name = ui_text(UI_GAIN_MODE + static_cast<std::int64_t>(mode));
+    const std::size_t n = strnlen(name, 4);
+    o.put(std::string_view(name, n));
+    for (std::size_t k = n; k < 4; ++k) o.put(' ');
 }
 
 void format_velocity(char* out, std::size_t size, std::uint32_t value, std::uint32_t units) {
@@ -297,7 +285,9 @@ void format_temperature(char* out, std::size_t size, std::int32_t fahrenheit, st
         const float celsius = ((f - 32.0f) * 5.0f + 4.0f) / 9.0f;
         format_text_bounded(out, bound, "% 4.1f C", static_cast<double>(celsius));
     } else {
-        format_text_bounded(out, bound, "%4i F", static_cast<int>(fahrenheit));
+        TextBuilder o(out, bound);  // "%4i F"
+        o.put_int(fahrenheit, 4);
+        o.put(" F");
     }
 }
 

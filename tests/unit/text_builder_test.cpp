@@ -1,0 +1,86 @@
+// The formatting paths that stand in for snprintf, each compared with
+// snprintf itself: a dense sweep of the values and every boundary (powers of
+// ten and their neighbours, the limits of the integer types, zero), with
+// every width, precision and buffer size that matters.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "base/text_builder.h"
+
+namespace ugf {
+namespace {
+
+struct IntForm {
+    int width, precision;
+    bool left;
+    std::size_t size;
+};
+
+std::vector<IntForm> int_forms() {
+    std::vector<IntForm> forms;
+    for (int width = -8; width <= 12; ++width)
+        for (int precision = -1; precision <= 11; ++precision)
+            for (bool left : {false, true})
+                for (std::size_t size : {1u, 2u, 4u, 6u, 7u, 16u, 40u}) forms.push_back({width, precision, left, size});
+    return forms;
+}
+
+std::vector<std::int64_t> int_boundaries() {
+    std::vector<std::int64_t> values = {0, INT32_MIN, INT32_MAX, UINT32_MAX, std::int64_t{UINT32_MAX} + 1,
+                                        INT64_MIN, INT64_MAX, INT64_MIN + 1, INT64_MAX - 1};
+    for (std::int64_t p = 1; p <= INT64_MAX / 10; p *= 10) {
+        for (std::int64_t v : {p - 1, p, p + 1, 10 * p - 1}) {
+            values.push_back(v);
+            values.push_back(-v);
+        }
+    }
+    return values;
+}
+
+// Empty when the builder made what snprintf makes, else both texts.
+std::string compare_int(std::int64_t value, const IntForm& f) {
+    char expected[64];
+    std::snprintf(expected, f.size, f.left ? "%-*.*lld" : "%*.*lld", f.width, f.precision,
+                  static_cast<long long>(value));
+    char made[64];
+    TextBuilder b(made, f.size);
+    b.put_int(value, f.width, f.precision, f.left);
+    if (std::string(made) == expected && b.len == std::string(expected).size()) return "";
+    return std::to_string(value) + " w" + std::to_string(f.width) + " p" + std::to_string(f.precision) +
+           (f.left ? " left" : "") + " size " + std::to_string(f.size) + ": \"" + made + "\" for \"" +
+           expected + "\"";
+}
+
+TEST(TextBuilder, IntegerLikeSnprintfAtEveryBoundary) {
+    for (std::int64_t value : int_boundaries())
+        for (const IntForm& f : int_forms()) ASSERT_EQ(compare_int(value, f), "");
+}
+
+TEST(TextBuilder, IntegerLikeSnprintfOverADenseSweep) {
+    const std::vector<IntForm> forms = int_forms();
+    std::size_t k = 0;
+    for (std::int64_t value = -120000; value <= 1200000; ++value) {
+        ASSERT_EQ(compare_int(value, forms[k++ % forms.size()]), "");
+        ASSERT_EQ(compare_int(value, forms[(k * 7919) % forms.size()]), "");
+    }
+}
+
+TEST(TextBuilder, TextsAreCutLikeSnprintf) {
+    for (std::size_t size : {1u, 2u, 5u, 9u, 30u}) {
+        char expected[32];
+        std::snprintf(expected, size, "%s%c%s", "ABCD", ',', "EFG");
+        char made[32];
+        TextBuilder b(made, size);
+        b.put("ABCD");
+        b.put(',');
+        b.put(std::string_view("EFGH", 3));
+        EXPECT_STREQ(made, expected) << size;
+        EXPECT_EQ(b.len, std::string(expected).size());
+    }
+}
+
+}  // namespace
+}  // namespace ugf
