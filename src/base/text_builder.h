@@ -42,7 +42,12 @@ struct TextBuilder {
         len += n;
         out[len] = '\0';
     }
-    void put(const char* s) { put(std::string_view(s)); }
+    // A terminated text; the texts of cells are short, and a loop copies
+    // them for less than measuring and a call to memcpy.
+    void put(const char* s) {
+        while (*s != '\0' && len + 1 < size) out[len++] = *s++;
+        if (size > 0) out[len] = '\0';
+    }
     // Up to n characters of s, stopping at its terminator.
     void put_prefix(const char* s, std::size_t n) { put(std::string_view(s, strnlen(s, n))); }
 
