@@ -2,18 +2,26 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <tuple>
 
 #include "detailed/reading_row.h"
 #include "present/dac_curve.h"
 #include "present/flaw_row.h"
 #include "present/number_format.h"
 #include "base/labels.h"
+#include "base/text_builder.h"
 
 namespace ugf {
 
 namespace {
 
 constexpr std::size_t LINE_BUFFER_SIZE = 96;
+constexpr std::size_t POINT_ROWS_SIZE = 16384;  // B-scan rows gathered for one write
+
+// A sample list: up to six characters a value ("65535,"), a line end and
+// comma after every tenth and after the last.
+constexpr std::size_t SAMPLE_LIST_SIZE =
+    std::tuple_size_v<SampleStore> * 6 + (std::tuple_size_v<SampleStore> / 10 + 1) * 2 + 1;
 
 constexpr std::uint32_t DAC_MODE_NAMES = 4;  // the rows from UI_DAC_MODE on
 
@@ -135,13 +143,17 @@ void point_value_text(char* out, std::size_t size, const BscanPoint& p, const Po
 
 int write_sample_values(const AscanRecord& ascan, const SampleStore& values, CsvSink& sink) {
     const std::size_t count = std::min<std::size_t>(ascan.sample_count, values.size());
-    char text[16];
+    // "%d," for each value, "\n," behind every tenth and at the end: no "%"
+    // in any of them, so the whole list is one piece of CSV text.
+    char text[SAMPLE_LIST_SIZE];
+    TextBuilder list(text, sizeof text);
     for (std::size_t i = 0; i < count; ++i) {
-        format_text(text, sizeof text, "%d,", static_cast<int>(values[i]));
-        if (csv_write(text, sink) == 0) return 0;
-        if ((i + 1) % 10 == 0 && csv_write("\n,", sink) == 0) return 0;
+        list.put_int(values[i]);
+        list.put(',');
+        if ((i + 1) % 10 == 0) list.put("\n,");
     }
-    return csv_write("\n,", sink);
+    list.put("\n,");
+    return csv_write(list.view(), sink);
 }
 
 int write_ascan_settings_corrosion(const AscanRecord& ascan, CsvSink& sink) {
@@ -278,14 +290,31 @@ int write_bscan_dump(const DlSession& session, const ReadingRecord& reading,
                 "MIN/MAX");
     if (csv_write(line, sink) == 0) return 0;
     const PointFormat f = point_format(session, reading);
+    // Each row begins with a comma, so no "%%" can form where two rows meet
+    // and many rows go to csv_write as one piece.
+    char rows[POINT_ROWS_SIZE];
+    std::size_t used = 0;
     for (std::size_t i = 0; i < store.bscan.point_count; ++i) {
         const BscanPoint p = bscan_point(store, i);
         char value[NUMBER_TEXT_SIZE];
         point_value_text(value, sizeof value, p, f);
-        format_text(line, sizeof line, ",%i,%s,%s,%s,%s\n", static_cast<int>(i + 1), value, f.unit,
-                    alarm_state_text(point_alarm(p)), point_mark(p));
-        if (csv_write(line, sink) == 0) return 0;
+        // ",%i,%s,%s,%s,%s\n" in a line of LINE_BUFFER_SIZE bytes.
+        TextBuilder row(rows + used, LINE_BUFFER_SIZE);
+        row.put(',');
+        row.put_int(static_cast<int>(i + 1));
+        for (const char* cell : {static_cast<const char*>(value), f.unit,
+                                 alarm_state_text(point_alarm(p)), point_mark(p)}) {
+            row.put(',');
+            row.put(cell);
+        }
+        row.put('\n');
+        used += row.len;
+        if (sizeof rows - used < LINE_BUFFER_SIZE) {
+            if (csv_write(std::string_view(rows, used), sink) == 0) return 0;
+            used = 0;
+        }
     }
+    if (used != 0 && csv_write(std::string_view(rows, used), sink) == 0) return 0;
     return more == 1 ? write_column_titles(session.gage_type, sink) : 1;
 }
 
