@@ -1,51 +1,64 @@
 #!/usr/bin/env bash
-# Writes the benchmark surveys and times both forms of each: input size,
-# output size, seconds, output MB/s and peak resident memory, with the time
-# of copying the output file beside it for scale.
-#   bench/run-bench.sh [build folder, default build] [runs, default 5]
-# Each conversion runs `runs` times and the fastest wall-clock time counts
-# (taken with date +%s.%N around the run, nanosecond resolution): other
-# processes share the machine, and the fastest run is the one they disturbed
-# least. Peak memory comes from /usr/bin/time (%M, KiB) in one further run.
+# Writes the benchmark surveys (the uniform ones and the varied ones) and
+# times both forms of each:
+#   bench/run-bench.sh [build folder, default build] [runs, default 7]
+# In each of `runs` rounds, for every survey and form: the conversion, a copy
+# of its output file with `cp`, and (once per survey and round) the old way of
+# reading the survey's slots, `legacy_read`. Each figure is the median of its
+# rounds (wall clock from bash's EPOCHREALTIME, microseconds); the ratios are
+# those of the medians, so the three are taken under the same load:
+#   MB/s     output bytes (10^6) per second of conversion
+#   x cp     conversion time / time of copying its output file (lower is better)
+#   x legacy time of the legacy slot read / conversion time (higher is better)
+#   peak MiB peak resident memory of one further conversion (/usr/bin/time %M)
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=${1:-build}
-runs=${2:-5}
-cmake --build "$build" --target ugf2csv make_surveys >/dev/null
+runs=${2:-7}
+cmake --build "$build" --target ugf2csv make_surveys legacy_read >/dev/null
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 "$build/bench/make_surveys" "$work"
 converter="$(cd "$build" && pwd)/ugf2csv"
+legacy="$(cd "$build" && pwd)/bench/legacy_read"
+surveys="corrosion_2d precision_3d flaw_ascan bscans varied_corrosion_2d varied_precision_3d varied_flaw_ascan varied_bscans"
 
-printf '%-14s %-5s %9s %10s %9s %8s %9s %9s\n' survey form "in (KB)" "out (KB)" seconds "MB/s" "peak MiB" "copy s"
-for survey in corrosion_2d precision_3d flaw_ascan bscans; do
-  for form in d g; do
+# Microseconds taken by the command.
+micros() {
+  local start=${EPOCHREALTIME/./}
+  "$@" >/dev/null
+  echo $(( ${EPOCHREALTIME/./} - start ))
+}
+median() { tr ' ' '\n' | sed '/^$/d' | sort -n | awk '{ v[NR] = $1 } END { print NR % 2 ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
+
+declare -A times
+for ((run = 1; run <= runs; run++)); do
+  for survey in $surveys; do
     input="$work/$survey.ugf"
-    best=""
-    for ((run = 1; run <= runs; run++)); do
-      start=$(date +%s.%N)
-      "$converter" "$input" "$form" a >/dev/null
-      end=$(date +%s.%N)
-      seconds=$(awk -v a="$start" -v b="$end" 'BEGIN { printf "%.6f", b - a }')
-      if [ -z "$best" ] || awk -v s="$seconds" -v b="$best" 'BEGIN { exit !(s < b) }'; then best=$seconds; fi
-    done
-    /usr/bin/time -f '%M' -o "$work/rss" "$converter" "$input" "$form" a >/dev/null
-    peak=$(cat "$work/rss")
-    out=$(ls "$work/${survey}"_*output.csv)
-    copy=""
-    for ((run = 1; run <= runs; run++)); do
+    times[$survey,legacy]+=" $(micros "$legacy" "$input")"
+    for form in d g; do
+      times[$survey,$form]+=" $(micros "$converter" "$input" "$form" a)"
+      out=$(ls "$work/${survey}"_*output.csv)
       rm -f "$work/copy.csv"
-      start=$(date +%s.%N)
-      cp "$out" "$work/copy.csv"
-      end=$(date +%s.%N)
-      seconds=$(awk -v a="$start" -v b="$end" 'BEGIN { printf "%.6f", b - a }')
-      if [ -z "$copy" ] || awk -v s="$seconds" -v b="$copy" 'BEGIN { exit !(s < b) }'; then copy=$seconds; fi
+      times[$survey,$form,cp]+=" $(micros cp "$out" "$work/copy.csv")"
+      rm -f "$out" "$work/copy.csv"
     done
-    in_kb=$(( $(stat -c %s "$input") / 1024 ))
-    out_bytes=$(stat -c %s "$out")
-    awk -v s="$survey" -v f="$form" -v i="$in_kb" -v o="$out_bytes" -v t="$best" -v m="$peak" -v c="$copy" 'BEGIN {
-      mbs = t > 0 ? o / 1e6 / t : 0;
-      printf "%-14s %-5s %9d %10d %9.4f %8.1f %9.1f %9.4f\n", s, f, i, o / 1024, t, mbs, m / 1024, c }'
-    rm -f "$out" "$work/copy.csv"
   done
 done
+
+printf '%-20s %-4s %8s %9s %9s %8s %7s %8s %8s\n' survey form "in KB" "out KB" "ms" "MB/s" "x cp" "x legacy" "peak MiB"
+for survey in $surveys; do
+  input="$work/$survey.ugf"
+  legacy_us=$(median <<<"${times[$survey,legacy]}")
+  for form in d g; do
+    /usr/bin/time -f '%M' -o "$work/rss" "$converter" "$input" "$form" a >/dev/null
+    out=$(ls "$work/${survey}"_*output.csv)
+    awk -v s="$survey" -v f="$form" -v i="$(stat -c %s "$input")" -v o="$(stat -c %s "$out")" \
+        -v t="$(median <<<"${times[$survey,$form]}")" -v c="$(median <<<"${times[$survey,$form,cp]}")" \
+        -v l="$legacy_us" -v m="$(cat "$work/rss")" 'BEGIN {
+      printf "%-20s %-4s %8d %9d %9.2f %8.1f %7.2f %8.2f %8.1f\n", s, f, i / 1024, o / 1024, t / 1000,
+             o / t, t / c, l / t, m / 1024 }'
+    rm -f "$out"
+  done
+done
+echo "(median of $runs rounds; load average at the end: $(cut -d' ' -f1-3 /proc/loadavg))"
