@@ -17,6 +17,46 @@
 
 namespace ugf {
 
+// The pairs of digits "00" to "99".
+inline constexpr char DIGIT_PAIRS[] =
+    "0001020304050607080910111213141516171819202122232425262728293031323334353637383940414243444546474849"
+    "5051525354555657585960616263646566676869707172737475767778798081828384858687888990919293949596979899";
+
+// The number of decimal digits of m, at least 1.
+inline int decimal_digit_count(std::uint64_t m) {
+    if (m < 100000) return m < 100 ? (m < 10 ? 1 : 2) : (m < 1000 ? 3 : (m < 10000 ? 4 : 5));
+    int n = 6;
+    for (std::uint64_t bound = 1000000; n < 20 && m >= bound; bound *= 10) ++n;
+    return n;
+}
+
+// Writes the n decimal digits of m (n = decimal_digit_count(m), or 0 for no
+// digit) into the n bytes before `end`, two at a time, in 32-bit arithmetic
+// once the rest fits.
+inline void write_decimal_digits(char* end, std::uint64_t m, int n) {
+    for (; m > 0xFFFFFFFFu; n -= 2) {
+        const std::size_t pair = static_cast<std::size_t>(m % 100) * 2;
+        m /= 100;
+        *--end = DIGIT_PAIRS[pair + 1];
+        *--end = DIGIT_PAIRS[pair];
+    }
+    auto rest = static_cast<std::uint32_t>(m);
+    for (; n >= 2; n -= 2) {
+        const std::uint32_t pair = rest % 100 * 2;
+        rest /= 100;
+        *--end = DIGIT_PAIRS[pair + 1];
+        *--end = DIGIT_PAIRS[pair];
+    }
+    if (n == 1) *--end = static_cast<char>('0' + rest);
+}
+
+// Writes `count` copies of c from `at` on (none for a count below 1);
+// returns the end.
+inline char* repeat(char* at, char c, std::int64_t count) {
+    for (; count > 0; --count) *at++ = c;
+    return at;
+}
+
 struct TextBuilder {
     char* out;
     std::size_t size;  // bytes at out; at most size - 1 characters are kept

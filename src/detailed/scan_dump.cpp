@@ -1,6 +1,7 @@
 #include "detailed/scan_dump.h"
 
 #include <algorithm>
+#include <cstring>
 #include <cstddef>
 #include <tuple>
 
@@ -97,11 +98,37 @@ void dac_depth_text(char* out, std::size_t size, const FlawSetup& setup, std::ui
     format_text(out, size, "%s %s", number, length_unit_text(u, false));
 }
 
-const char* point_mark(const BscanPoint& p) {
-    if (point_min(p) != 0) return "MIN";
-    if (point_max(p) != 0) return "MAX";
-    return " ";
-}
+// The mark cell of a B-scan point: none, its minimum or its maximum.
+constexpr const char* MARKS[3] = {" ", "MIN", "MAX"};
+constexpr std::uint32_t ALARM_CODES = 8;  // a point's 3-bit alarm state
+
+// The cells behind the value of a B-scan row, by alarm code and mark.
+struct PointTails {
+    char text[ALARM_CODES][3][LINE_BUFFER_SIZE];
+    std::size_t length[ALARM_CODES][3];
+};
+
+// The one-based index of a B-scan point as decimal text, counted up in
+// place (a point count has at most five digits).
+struct PointIndex {
+    char text[8] = {};
+    std::size_t length = 0;
+
+    void advance() {
+        std::size_t k = length;
+        while (k > 0 && text[k - 1] == '9') text[--k] = '0';
+        if (k > 0) {
+            ++text[k - 1];
+        } else if (length + 1 < sizeof text) {  // a new leading digit
+            std::memmove(text + 1, text, length);
+            text[0] = '1';
+            ++length;
+        }
+    }
+};
+
+// Tails up to this length are copied as a whole block.
+constexpr std::size_t SHORT_TAIL = 32;
 
 }  // namespace
 
@@ -127,18 +154,24 @@ PointFormat point_format(const DlSession& session, const ReadingRecord& reading)
 }
 
 void point_value_text(char* out, std::size_t size, const BscanPoint& p, const PointFormat& f) {
+    point_value_length(out, size, p, f);
+}
+
+std::size_t point_value_length(char* out, std::size_t size, const BscanPoint& p, const PointFormat& f) {
     out[0] = '\0';
     if (point_lost(p) != 0) {
-        format_text(out, size, "%s", "--.---");
-        return;
+        TextBuilder text(out, size);
+        text.put("--.---");
+        return text.len;
     }
     std::uint32_t magnitude = point_magnitude(p);
     if (f.units != 0) magnitude *= 10u;
     const std::int32_t m = static_cast<std::int32_t>(magnitude);
     const std::int32_t v = point_negative(p) != 0 ? -m : m;
     if ((f.units == 0 && v != POINT_EMPTY_IN) || (f.units == 1 && v != POINT_EMPTY_MM)) {
-        format_thickness(out, size, v, f.units, f.resolution, f.layout, f.doubled, f.meas_mode);
+        return format_thickness(out, size, v, f.units, f.resolution, f.layout, f.doubled, f.meas_mode);
     }
+    return 0;
 }
 
 int write_sample_values(const AscanRecord& ascan, const SampleStore& values, CsvSink& sink) {
@@ -290,25 +323,60 @@ int write_bscan_dump(const DlSession& session, const ReadingRecord& reading,
                 "MIN/MAX");
     if (csv_write(line, sink) == 0) return 0;
     const PointFormat f = point_format(session, reading);
+    // A row is ",%i,%s,%s,%s,%s\n" of the index, the value, the unit, the
+    // alarm and the mark, in a line of LINE_BUFFER_SIZE bytes. The cells
+    // behind the value take a few texts only: made once for each alarm
+    // code and mark.
+    PointTails tails;
+    for (std::uint32_t alarm = 0; alarm < ALARM_CODES; ++alarm) {
+        for (std::uint32_t mark = 0; mark < 3; ++mark) {
+            TextBuilder tail(tails.text[alarm][mark], LINE_BUFFER_SIZE);
+            for (const char* cell : {f.unit, alarm_state_text(alarm), MARKS[mark]}) {
+                tail.put(',');
+                tail.put(cell);
+            }
+            tail.put('\n');
+            tails.length[alarm][mark] = tail.len;
+        }
+    }
     // Each row begins with a comma, so no "%%" can form where two rows meet
     // and many rows go to csv_write as one piece.
     char rows[POINT_ROWS_SIZE];
     std::size_t used = 0;
+    PointIndex index;
     for (std::size_t i = 0; i < store.bscan.point_count; ++i) {
         const BscanPoint p = bscan_point(store, i);
+        index.advance();
         char value[NUMBER_TEXT_SIZE];
-        point_value_text(value, sizeof value, p, f);
-        // ",%i,%s,%s,%s,%s\n" in a line of LINE_BUFFER_SIZE bytes.
-        TextBuilder row(rows + used, LINE_BUFFER_SIZE);
-        row.put(',');
-        row.put_int(static_cast<int>(i + 1));
-        for (const char* cell : {static_cast<const char*>(value), f.unit,
-                                 alarm_state_text(point_alarm(p)), point_mark(p)}) {
-            row.put(',');
-            row.put(cell);
+        const std::size_t value_length = point_value_length(value, sizeof value, p, f);
+        const std::uint32_t alarm = point_alarm(p);
+        const std::uint32_t mark = point_min(p) != 0 ? 1 : point_max(p) != 0 ? 2 : 0;
+        const std::size_t tail_length = tails.length[alarm][mark];
+        char* row = rows + used;
+        if (index.length + value_length + tail_length + 2 < LINE_BUFFER_SIZE) {
+            // Whole buffers are copied where that is cheaper than measured
+            // copies; the line's room behind the row takes what is past it.
+            *row++ = ',';
+            std::memcpy(row, index.text, sizeof index.text);
+            row += index.length;
+            *row++ = ',';
+            std::memcpy(row, value, sizeof value);
+            row += value_length;
+            if (tail_length <= SHORT_TAIL) {
+                std::memcpy(row, tails.text[alarm][mark], SHORT_TAIL);
+            } else {
+                std::memcpy(row, tails.text[alarm][mark], tail_length);
+            }
+            used = static_cast<std::size_t>(row + tail_length - rows);
+        } else {  // a row cut at the end of its line
+            TextBuilder line(row, LINE_BUFFER_SIZE);
+            line.put(',');
+            line.put(std::string_view(index.text, index.length));
+            line.put(',');
+            line.put(value);
+            line.put(std::string_view(tails.text[alarm][mark], tail_length));
+            used += line.len;
         }
-        row.put('\n');
-        used += row.len;
         if (sizeof rows - used < LINE_BUFFER_SIZE) {
             if (csv_write(std::string_view(rows, used), sink) == 0) return 0;
             used = 0;

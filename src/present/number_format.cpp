@@ -19,13 +19,12 @@ using TextOut = TextBuilder;
 // The instrument's digit cut: the first `keep` characters of the scratch
 // text, then "." and the next `decimals` characters when `decimals` is not 0.
 // A scratch text shorter than that gives what it has.
-void cut_digits(TextOut& o, const char* scratch, int keep, int decimals) {
-    const std::size_t length = std::strlen(scratch);
+void cut_digits(TextOut& o, const char* scratch, std::size_t length, int keep, int decimals) {
     const std::size_t head = std::min<std::size_t>(static_cast<std::size_t>(std::max(keep, 0)), length);
     o.put(std::string_view(scratch, head));
     if (decimals != 0) {
         o.put('.');
-        o.put_prefix(scratch + head, static_cast<std::size_t>(std::max(decimals, 0)));
+        o.put(std::string_view(scratch + head, std::min<std::size_t>(static_cast<std::size_t>(std::max(decimals, 0)), length - head)));
     }
 }
 
@@ -106,10 +105,9 @@ std::uint32_t truncate_to_u32_low(double x) {
     return static_cast<std::uint32_t>(static_cast<std::uint64_t>(static_cast<std::int64_t>(x)));
 }
 
-void format_thickness(char* out, std::size_t size, std::int32_t value, std::uint32_t units,
-                      std::uint32_t resolution, DigitLayout layout, std::uint32_t doubled,
-                      std::uint32_t meas_mode) {
-    TextOut o(out, size);
+std::size_t format_thickness(char* out, std::size_t size, std::int32_t value, std::uint32_t units,
+                             std::uint32_t resolution, DigitLayout layout, std::uint32_t doubled,
+                             std::uint32_t meas_mode) {
     const bool negative = value < 0;
     // The magnitude is unsigned 32-bit: doubling and the addend wrap at 2^32.
     std::uint32_t a = negative ? 0u - static_cast<std::uint32_t>(value) : static_cast<std::uint32_t>(value);
@@ -123,18 +121,52 @@ void format_thickness(char* out, std::size_t size, std::int32_t value, std::uint
     if (negative) {
         // The sign takes the free leading position; once rounding has carried
         // into a new digit the text is one character longer instead.
-        o.put('-');
         width -= 1;
         if (a < row.threshold) keep -= 1;
     }
+    char scratch[16] = {};  // the field, and room for the fixed copies below
+    const std::size_t length = digit_field(scratch, a, width, row.cp_format ? row.digits : 5, row.cp_format);
+    // The sign, the first `keep` characters of the field, then "." and the
+    // next `decimals` characters when there are decimals.
+    const std::size_t head = std::min<std::size_t>(static_cast<std::size_t>(std::max(keep, 0)), length);
+    const std::size_t tail = row.decimals == 0 ? 0 : std::min<std::size_t>(static_cast<std::size_t>(row.decimals), length - head);
+    if (size >= 16) {
+        // Room for the longest text (sign, field and point) and for copies
+        // of fixed length, which cost less than measured ones: written in
+        // place, each copy's surplus overwritten or left past the end.
+        char* at = out;
+        if (negative) *at++ = '-';
+        std::memcpy(at, scratch, DIGIT_FIELD_SIZE - 1);
+        at += head;
+        if (row.decimals != 0) {
+            *at++ = '.';
+            std::memcpy(at, scratch + head, DIGIT_FIELD_SIZE - 1);
+            at += tail;
+        }
+        *at = '\0';
+        return static_cast<std::size_t>(at - out);
+    }
+    TextOut o(out, size);
+    if (negative) o.put('-');
+    cut_digits(o, scratch, length, keep, row.decimals);
+    return o.len;
+}
 
-    // The digits as " %*.*lu" (mode 5) or "%*.5lu" would print them into
-    // seven bytes.
-    char scratch[7];
-    TextBuilder digits(scratch, sizeof scratch);
-    if (row.cp_format) digits.put(' ');
-    digits.put_int(a, width, row.cp_format ? row.digits : 5);
-    cut_digits(o, scratch, keep, row.decimals);
+std::size_t digit_field(char* out, std::uint32_t a, int width, int precision, bool blank) {
+    // The whole text first: the blank, blanks up to the width, zeros up to
+    // the precision, the digits; then its first DIGIT_FIELD_SIZE - 1 characters.
+    char text[16] = {};
+    char* at = text;
+    if (blank) *at++ = ' ';
+    const int n = a == 0 ? 0 : decimal_digit_count(a);
+    const int body = std::max(std::clamp(precision, 0, 12), n);
+    at = repeat(at, ' ', std::clamp(width, 0, 12) - body);
+    at = repeat(at, '0', body - n) + n;
+    write_decimal_digits(at, a, n);
+    const std::size_t length = std::min<std::size_t>(static_cast<std::size_t>(at - text), DIGIT_FIELD_SIZE - 1);
+    std::memcpy(out, text, DIGIT_FIELD_SIZE - 1);  // a fixed copy is cheaper than a measured one
+    out[length] = '\0';
+    return length;
 }
 
 void format_encoder_step(char* out, std::size_t size, std::uint32_t encoder_index,
@@ -160,7 +192,7 @@ void format_encoder_step(char* out, std::size_t size, std::uint32_t encoder_inde
     format_text_bounded(scratch, sizeof scratch, "%*.5lu", width, static_cast<unsigned long>(s));
     char digits[NUMBER_TEXT_SIZE];
     TextOut d(digits, sizeof digits);
-    cut_digits(d, scratch, keep, decimals);
+    cut_digits(d, scratch, std::strlen(scratch), keep, decimals);
     format_text_bounded(out, size, "%s %s", digits, units == 1 ? "MM" : "IN");
 }
 
@@ -199,7 +231,7 @@ void format_scan_scale(char* out, std::size_t size, std::int32_t value, std::uin
         keep = units == 0 ? 2 : 3;
         decimals = units == 0 ? 3 : 2;
     }
-    cut_digits(o, scratch, keep, decimals);
+    cut_digits(o, scratch, std::strlen(scratch), keep, decimals);
 }
 
 void format_time_us(char* out, std::size_t size, std::int32_t value) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/text_builder.h"
+#include "present/number_format.h"
 
 namespace ugf {
 namespace {
@@ -66,6 +67,30 @@ TEST(TextBuilder, IntegerLikeSnprintfOverADenseSweep) {
     for (std::int64_t value = -120000; value <= 1200000; ++value) {
         ASSERT_EQ(compare_int(value, forms[k++ % forms.size()]), "");
         ASSERT_EQ(compare_int(value, forms[(k * 7919) % forms.size()]), "");
+    }
+}
+
+// The digit field of a length against " %*.*lu" and "%*.*lu" in seven bytes.
+std::string compare_field(std::uint32_t a, int combo) {
+    const int width = combo % 13, precision = combo / 13 % 13;
+    const bool blank = combo / 169 != 0;
+    char expected[DIGIT_FIELD_SIZE];
+    std::snprintf(expected, sizeof expected, blank ? " %*.*lu" : "%*.*lu", width, precision,
+                  static_cast<unsigned long>(a));
+    char made[DIGIT_FIELD_SIZE];
+    const std::size_t length = digit_field(made, a, width, precision, blank);
+    if (std::string(made) == expected && length == std::string(expected).size()) return "";
+    return std::to_string(a) + " combo " + std::to_string(combo) + ": \"" + made + "\" for \"" + expected + "\"";
+}
+
+TEST(DigitField, LikeSnprintfAtEveryBoundaryAndOverADenseSweep) {
+    for (std::int64_t value : int_boundaries()) {
+        if (value < 0 || value > UINT32_MAX) continue;
+        for (int combo = 0; combo < 338; ++combo) ASSERT_EQ(compare_field(static_cast<std::uint32_t>(value), combo), "");
+    }
+    for (std::uint32_t a = 0; a <= 1200000; ++a) {
+        ASSERT_EQ(compare_field(a, static_cast<int>(a % 338)), "");
+        ASSERT_EQ(compare_field(a, static_cast<int>(a * 7919u % 338)), "");
     }
 }
 
