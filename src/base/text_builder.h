@@ -70,8 +70,10 @@ struct TextBuilder {
 
     void put(char c) {
         if (len + 1 < size) {
-            out[len++] = c;
-            out[len] = '\0';
+            char* at = out + len;
+            at[0] = c;
+            at[1] = '\0';
+            ++len;
         }
     }
     void put(std::string_view s) {
@@ -83,10 +85,15 @@ struct TextBuilder {
         out[len] = '\0';
     }
     // A terminated text; the texts of cells are short, and a loop copies
-    // them for less than measuring and a call to memcpy.
+    // them for less than measuring and a call to memcpy. (Local pointers:
+    // the stores through `out` may alias the members.)
     void put(const char* s) {
-        while (*s != '\0' && len + 1 < size) out[len++] = *s++;
-        if (size > 0) out[len] = '\0';
+        if (size == 0) return;
+        char* at = out + len;
+        char* const last = out + size - 1;
+        while (*s != '\0' && at < last) *at++ = *s++;
+        *at = '\0';
+        len = static_cast<std::size_t>(at - out);
     }
     // Up to n characters of s, stopping at its terminator.
     void put_prefix(const char* s, std::size_t n) { put(std::string_view(s, strnlen(s, n))); }

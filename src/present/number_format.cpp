@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstring>
 
 #include "base/console.h"
@@ -315,12 +316,38 @@ void format_temperature(char* out, std::size_t size, std::int32_t fahrenheit, st
     if (metric != 0) {
         const float f = static_cast<float>(fahrenheit);
         const float celsius = ((f - 32.0f) * 5.0f + 4.0f) / 9.0f;
-        format_text_bounded(out, bound, "% 4.1f C", static_cast<double>(celsius));
+        TextBuilder o(out, bound);  // "% 4.1f C"
+        put_one_decimal(o, celsius);
+        o.put(" C");
     } else {
         TextBuilder o(out, bound);  // "%4i F"
         o.put_int(fahrenheit, 4);
         o.put(" F");
     }
+}
+
+void put_one_decimal(TextBuilder& o, float value) {
+    // Rounded to tenths as printf rounds: from the exact binary value, a tie
+    // to the even tenth. A float's 24 bits times ten are exact in a double,
+    // and so is the fraction that floor leaves.
+    const double magnitude = std::fabs(static_cast<double>(value));
+    if (!(magnitude < 1e8)) {  // large or not a number: printf itself
+        char text[64];
+        format_text_bounded(text, sizeof text, "% 4.1f", static_cast<double>(value));
+        o.put(text);
+        return;
+    }
+    const double tenths = magnitude * 10.0;
+    const double whole = std::floor(tenths);
+    const double fraction = tenths - whole;
+    auto q = static_cast<std::uint64_t>(whole);
+    if (fraction > 0.5 || (fraction == 0.5 && (q & 1u) != 0)) ++q;
+    // A sign or the blank of the " " flag, the digits, the point and the
+    // tenth: never shorter than the width of 4.
+    o.put(std::signbit(value) ? '-' : ' ');
+    o.put_int(static_cast<std::int64_t>(q / 10));
+    o.put('.');
+    o.put(static_cast<char>('0' + q % 10));
 }
 
 void format_temp_coefficient(char* out, std::size_t size, std::int32_t value) {

@@ -12,6 +12,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/text_builder.h"
+
 namespace ugf {
 
 // A buffer of this size holds any text made here.
@@ -105,6 +107,9 @@ void format_velocity(char* out, std::size_t size, std::uint32_t value, std::uint
 // the Celsius value computed in single precision: " 20.4 C". At most 9
 // characters.
 void format_temperature(char* out, std::size_t size, std::int32_t fahrenheit, std::uint32_t metric);
+
+// printf's "% 4.1f" of a single-precision value, at the end of `o`.
+void put_one_decimal(TextBuilder& o, float value);
 
 // Temperature coefficient of a count of 0.00001, computed in single
 // precision: -1500 gives "-0.01500". At most 9 characters.

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -91,6 +92,32 @@ TEST(DigitField, LikeSnprintfAtEveryBoundaryAndOverADenseSweep) {
     for (std::uint32_t a = 0; a <= 1200000; ++a) {
         ASSERT_EQ(compare_field(a, static_cast<int>(a % 338)), "");
         ASSERT_EQ(compare_field(a, static_cast<int>(a * 7919u % 338)), "");
+    }
+}
+
+// "% 4.1f" of a float against snprintf, in a buffer of `size` bytes.
+std::string compare_one_decimal(float value, std::size_t size = 64) {
+    char expected[64];
+    std::snprintf(expected, size, "% 4.1f", static_cast<double>(value));
+    char made[64];
+    TextBuilder b(made, size);
+    put_one_decimal(b, value);
+    if (std::string(made) == expected) return "";
+    return std::to_string(value) + ": \"" + made + "\" for \"" + expected + "\"";
+}
+
+TEST(OneDecimal, LikeSnprintfForEveryTemperatureAndTie) {
+    // The Celsius values of the temperatures (whole degrees Fahrenheit).
+    for (std::int32_t f = -1100000; f <= 1100000; ++f) {
+        const float fahrenheit = static_cast<float>(f);
+        ASSERT_EQ(compare_one_decimal(((fahrenheit - 32.0f) * 5.0f + 4.0f) / 9.0f), "");
+    }
+    // Exact ties between two tenths, quarters, and the edges of the fast path.
+    for (std::int32_t k = -40001; k <= 40001; k += 2) ASSERT_EQ(compare_one_decimal(static_cast<float>(k) / 4.0f), "");
+    for (float v : {0.0f, -0.0f, 0.04f, -0.04f, 0.05f, 0.95f, 9.95f, 99999999.0f, 1e8f, -1e8f, 3e38f,
+                    std::numeric_limits<float>::infinity(), -std::numeric_limits<float>::infinity(),
+                    std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::denorm_min()}) {
+        for (std::size_t size : {1u, 3u, 5u, 64u}) ASSERT_EQ(compare_one_decimal(v, size), "");
     }
 }
 
