@@ -4,7 +4,7 @@
 
 namespace ugf {
 
-void TextBuilder::put_int(std::int64_t value, int width, int precision, bool left) {
+void TextBuilder::put_int_any(std::int64_t value, int width, int precision, bool left) {
     if (len + 1 >= size) return;
     // A negative width is the width of a left-justified text; no precision
     // means at least one digit.

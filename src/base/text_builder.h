@@ -102,7 +102,19 @@ struct TextBuilder {
     // precision: none given, one digit; 0 and the value 0: no digit), then
     // blanks up to `width` characters in front, or behind when `left` or
     // when the width is negative.
-    void put_int(std::int64_t value, int width = 0, int precision = -1, bool left = false);
+    void put_int(std::int64_t value, int width = 0, int precision = -1, bool left = false) {
+        if (width == 0 && precision < 0 && value >= 0 && size - len > 20) {
+            // Plain "%d" of a value that fits: its digits, nothing else.
+            const auto m = static_cast<std::uint64_t>(value);
+            const int n = decimal_digit_count(m);
+            write_decimal_digits(out + len + n, m, n);
+            len += static_cast<std::size_t>(n);
+            out[len] = '\0';
+            return;
+        }
+        put_int_any(value, width, precision, left);
+    }
+    void put_int_any(std::int64_t value, int width, int precision, bool left);
 };
 
 }  // namespace ugf

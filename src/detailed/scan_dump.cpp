@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <initializer_list>
 #include <cstddef>
 #include <tuple>
 
@@ -38,20 +39,33 @@ const char* skip_blanks(const char* text) {
 
 int write_scale_item(CsvSink& sink, const char* name, const char* value, const char* unit) {
     char item[LINE_BUFFER_SIZE];
-    format_text(item, sizeof item, "%s=%s%s,", name, value, unit);
-    return csv_write(item, sink);
+    TextBuilder text(item, sizeof item);  // "%s=%s%s,"
+    text.put(name);
+    text.put('=');
+    text.put(value);
+    text.put(unit);
+    text.put(',');
+    return csv_write(text.view(), sink);
 }
 
 int write_text_item(CsvSink& sink, const char* name, const char* text) {
     char item[LINE_BUFFER_SIZE];
-    format_text(item, sizeof item, "%s=%s,", name, text);
-    return csv_write(item, sink);
+    TextBuilder line(item, sizeof item);  // "%s=%s,"
+    line.put(name);
+    line.put('=');
+    line.put(text);
+    line.put(',');
+    return csv_write(line.view(), sink);
 }
 
 int write_number_item(CsvSink& sink, const char* name, int value) {
     char item[LINE_BUFFER_SIZE];
-    format_text(item, sizeof item, "%s=%d,", name, value);
-    return csv_write(item, sink);
+    TextBuilder text(item, sizeof item);  // "%s=%d,"
+    text.put(name);
+    text.put('=');
+    text.put_int(value);
+    text.put(',');
+    return csv_write(text.view(), sink);
 }
 
 const char* rect_text(const AscanRecord& a) { return ui_text(UI_RECTIFICATION + rect_index(a)); }
@@ -61,14 +75,38 @@ const char* waveform_text(const AscanRecord& a) {
     return ui_text(outline(a) == 1 ? UI_OUTLINE : UI_FILLED);
 }
 
-// A gate line: the value, or "LOS" when it lies at or above the limit of a
-// gate without a signal. `value_format` takes the value as an int.
-int write_gate_line(CsvSink& sink, std::uint16_t value, std::uint16_t limit,
-                    const char* value_format, const char* lost_line) {
-    if (value >= limit) return csv_write(lost_line, sink);
+// A gate line: "\n,NAME,%i" and `end` of the value, or "LOS" in its place
+// when it lies at or above the limit of a gate without a signal.
+int write_gate_line(CsvSink& sink, std::uint16_t value, std::uint16_t limit, const char* name,
+                    const char* end) {
     char line[LINE_BUFFER_SIZE];
-    format_text(line, sizeof line, value_format, static_cast<int>(value));
-    return csv_write(line, sink);
+    TextBuilder text(line, sizeof line);
+    text.put("\n,");
+    text.put(name);
+    text.put(',');
+    if (value >= limit) {
+        text.put("LOS");
+    } else {
+        text.put_int(value);
+    }
+    text.put(end);
+    return csv_write(text.view(), sink);
+}
+
+// A waveform title: `lead`, the name, " [%d]" then "[%d]" of each number,
+// and "\n,".
+std::string_view scan_title(TextBuilder& text, const char* lead, const char* name,
+                            std::initializer_list<int> numbers) {
+    text.put(lead);
+    text.put(name);
+    text.put(' ');
+    for (int number : numbers) {
+        text.put('[');
+        text.put_int(number);
+        text.put(']');
+    }
+    text.put("\n,");
+    return text.view();
 }
 
 // The depth of a DAC point: its detection count as a sound path through the
@@ -95,7 +133,10 @@ void dac_depth_text(char* out, std::size_t size, const FlawSetup& setup, std::ui
     char number[NUMBER_TEXT_SIZE];
     format_thickness(number, sizeof number, depth, u, resolution(setup), LAYOUT_FLAW,
                      meas_mode(setup) == FLAW_MEAS_MODE_THRU ? 1u : 0u, 0);
-    format_text(out, size, "%s %s", number, length_unit_text(u, false));
+    TextBuilder text(out, size);  // "%s %s"
+    text.put(number);
+    text.put(' ');
+    text.put(length_unit_text(u, false));
 }
 
 // The mark cell of a B-scan point: none, its minimum or its maximum.
@@ -250,10 +291,10 @@ int write_ascan_dump_thickness(const DlSession& session, const ScanStore& store,
     const int bracket_2 = a.bracket_2;
     const int third = static_cast<int>(display_bracket_3(a));
     char title[LINE_BUFFER_SIZE];
-    format_text(title, sizeof title, ",%s [%d][%d][%d]\n,", "MAX DATA", count, bracket_2, third);
-    if (csv_write(title, sink) == 0 || write_sample_values(a, store.max_samples, sink) == 0) return 0;
-    format_text(title, sizeof title, "\n,%s [%d][%d][%d]\n,", "MIN DATA", count, bracket_2, third);
-    if (csv_write(title, sink) == 0 || write_sample_values(a, store.min_samples, sink) == 0) return 0;
+    TextBuilder max_title(title, sizeof title);
+    if (csv_write(scan_title(max_title, ",", "MAX DATA", {count, bracket_2, third}), sink) == 0 || write_sample_values(a, store.max_samples, sink) == 0) return 0;
+    TextBuilder min_title(title, sizeof title);
+    if (csv_write(scan_title(min_title, "\n,", "MIN DATA", {count, bracket_2, third}), sink) == 0 || write_sample_values(a, store.min_samples, sink) == 0) return 0;
     const int settings = session.gage_type == GAGE_PRECISION
                              ? write_ascan_settings_precision(session, a, sink)
                              : write_ascan_settings_corrosion(a, sink);
@@ -269,12 +310,16 @@ int write_ascan_dump_flaw(const DlSession& session, const ScanStore& store,
     const int third = static_cast<int>(scan_bracket_3(a));
     const int fourth = static_cast<int>(bracket_4(a));
     char title[LINE_BUFFER_SIZE];
-    format_text(title, sizeof title, ",%s [%d][%d][%d][%d]\n,", "MAX DATA", count, bracket_2,
-                third, fourth);
-    if (csv_write(title, sink) == 0 || write_sample_values(a, store.max_samples, sink) == 0) return 0;
-    format_text(title, sizeof title, "\n,%s [%d][%d][%d][%d]\n,", "MIN DATA", count, bracket_2,
-                third, fourth);
-    if (csv_write(title, sink) == 0 || write_sample_values(a, store.min_samples, sink) == 0) return 0;
+    TextBuilder max_title(title, sizeof title);
+    if (csv_write(scan_title(max_title, ",", "MAX DATA", {count, bracket_2, third, fourth}), sink) == 0 ||
+        write_sample_values(a, store.max_samples, sink) == 0) {
+        return 0;
+    }
+    TextBuilder min_title(title, sizeof title);
+    if (csv_write(scan_title(min_title, "\n,", "MIN DATA", {count, bracket_2, third, fourth}), sink) == 0 ||
+        write_sample_values(a, store.min_samples, sink) == 0) {
+        return 0;
+    }
     if (write_flaw_scan_block(store, setup, sink) == 0 || csv_write("\n", sink) == 0) return 0;
     return more == 1 ? write_column_titles(session.gage_type, sink) : 1;
 }
@@ -283,19 +328,19 @@ int write_flaw_scan_block(const ScanStore& store, const FlawSetup& setup, CsvSin
     const AscanRecord& a = store.ascan;
     char line[LINE_BUFFER_SIZE];
     if (peak_shown(a) != 0) {
-        format_text(line, sizeof line, "\n,%s %s [%d][%d][%d][%d]\n,", "PEAK", "MAX DATA",
-                    static_cast<int>(a.sample_count), static_cast<int>(a.bracket_2),
-                    static_cast<int>(scan_bracket_3(a)), static_cast<int>(bracket_4(a)));
-        if (csv_write(line, sink) == 0 || write_sample_values(a, store.peak_samples, sink) == 0) {
+        TextBuilder title(line, sizeof line);
+        const std::string_view text =
+            scan_title(title, "\n,PEAK ", "MAX DATA",
+                       {static_cast<int>(a.sample_count), static_cast<int>(a.bracket_2),
+                        static_cast<int>(scan_bracket_3(a)), static_cast<int>(bracket_4(a))});
+        if (csv_write(text, sink) == 0 || write_sample_values(a, store.peak_samples, sink) == 0) {
             return 0;
         }
     }
-    if (write_gate_line(sink, a.gate1_mti, PEAK_LOST, "\n,GATE 1 MTI,%i", "\n,GATE 1 MTI,LOS") == 0 ||
-        write_gate_line(sink, a.gate1_amplitude, AMPLITUDE_LOST, "\n,GATE 1 DETECTION AMPLITUDE,%i",
-                        "\n,GATE 1 DETECTION AMPLITUDE,LOS") == 0 ||
-        write_gate_line(sink, a.gate2_mti, PEAK_LOST, "\n,GATE 2 MTI,%i", "\n,GATE 2 MTI,LOS") == 0 ||
-        write_gate_line(sink, a.gate2_amplitude, AMPLITUDE_LOST, "\n,GATE 2 DETECTION AMPLITUDE,%i\n",
-                        "\n,GATE 2 DETECTION AMPLITUDE,LOS\n") == 0) {
+    if (write_gate_line(sink, a.gate1_mti, PEAK_LOST, "GATE 1 MTI", "") == 0 ||
+        write_gate_line(sink, a.gate1_amplitude, AMPLITUDE_LOST, "GATE 1 DETECTION AMPLITUDE", "") == 0 ||
+        write_gate_line(sink, a.gate2_mti, PEAK_LOST, "GATE 2 MTI", "") == 0 ||
+        write_gate_line(sink, a.gate2_amplitude, AMPLITUDE_LOST, "GATE 2 DETECTION AMPLITUDE", "\n") == 0) {
         return 0;
     }
     if (dac_shown(a) == 0) return 1;
@@ -309,9 +354,15 @@ int write_flaw_scan_block(const ScanStore& store, const FlawSetup& setup, CsvSin
         if (point.dac_amplitude == 0) break;
         char depth[LINE_BUFFER_SIZE];
         dac_depth_text(depth, sizeof depth, setup, point.dac_count);
-        format_text(line, sizeof line, ",%s,%i,%i\n", depth, static_cast<int>(point.dac_amplitude),
-                    static_cast<int>(point.dac_count));
-        if (csv_write(line, sink) == 0) return 0;
+        TextBuilder row(line, sizeof line);  // ",%s,%i,%i\n"
+        row.put(',');
+        row.put(depth);
+        row.put(',');
+        row.put_int(point.dac_amplitude);
+        row.put(',');
+        row.put_int(point.dac_count);
+        row.put('\n');
+        if (csv_write(row.view(), sink) == 0) return 0;
     }
     return 1;
 }
