@@ -57,6 +57,30 @@ inline char* repeat(char* at, char c, std::int64_t count) {
     return at;
 }
 
+// Copies n bytes. The short copies of cells are made of two fixed-size
+// moves that overlap, cheaper than a call to memcpy.
+inline void copy_bytes(char* dst, const char* src, std::size_t n) {
+    if (n > 16) {
+        std::memcpy(dst, src, n);
+    } else if (n >= 8) {
+        std::uint64_t head, tail;
+        std::memcpy(&head, src, 8);
+        std::memcpy(&tail, src + n - 8, 8);
+        std::memcpy(dst, &head, 8);
+        std::memcpy(dst + n - 8, &tail, 8);
+    } else if (n >= 4) {
+        std::uint32_t head, tail;
+        std::memcpy(&head, src, 4);
+        std::memcpy(&tail, src + n - 4, 4);
+        std::memcpy(dst, &head, 4);
+        std::memcpy(dst + n - 4, &tail, 4);
+    } else if (n > 0) {
+        dst[0] = src[0];
+        dst[n / 2] = src[n / 2];
+        dst[n - 1] = src[n - 1];
+    }
+}
+
 struct TextBuilder {
     char* out;
     std::size_t size;  // bytes at out; at most size - 1 characters are kept
@@ -80,7 +104,7 @@ struct TextBuilder {
         if (len + 1 >= size) return;
         const std::size_t room = size - 1 - len;
         const std::size_t n = s.size() < room ? s.size() : room;
-        std::memcpy(out + len, s.data(), n);
+        copy_bytes(out + len, s.data(), n);
         len += n;
         out[len] = '\0';
     }
@@ -96,7 +120,9 @@ struct TextBuilder {
         len = static_cast<std::size_t>(at - out);
     }
     // Up to n characters of s, stopping at its terminator.
-    void put_prefix(const char* s, std::size_t n) { put(std::string_view(s, strnlen(s, n))); }
+    void put_prefix(const char* s, std::size_t n) {
+        for (std::size_t k = 0; k < n && s[k] != '\0'; ++k) put(s[k]);
+    }
 
     // printf's "%*.*lld" of `value`: at least `precision` digits (a negative
     // precision: none given, one digit; 0 and the value 0: no digit), then

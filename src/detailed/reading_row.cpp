@@ -26,23 +26,25 @@ constexpr std::uint32_t COATING_MARKER_MAX = 2;
 constexpr const char* LOST_VALUE = "--.---";   // coating and difference of a lost signal
 constexpr const char* LOST_OXIDE = "-.----";
 
-const char* fast_mode_text(std::uint32_t code) {
-    static constexpr char TEXTS[][8] = {"OFF", "ON", "MIN/MAX", "MAX-MIN"};
-    return code_text(TEXTS, code);
+using std::string_view_literals::operator""sv;
+
+std::string_view fast_mode_text(std::uint32_t code) {
+    static constexpr std::string_view TEXTS[] = {"OFF"sv, "ON"sv, "MIN/MAX"sv, "MAX-MIN"sv};
+    return code < std::size(TEXTS) ? TEXTS[code] : ""sv;
 }
 
-const char* on_off(bool on) { return on ? "ON" : "OFF"; }
+std::string_view on_off(bool on) { return on ? "ON"sv : "OFF"sv; }
 
 // One capital letter for each set bit of the note mask, bit 0 ("A") first.
 struct NoteLetters {
     std::array<char, 17> text{};
+    std::size_t length = 0;
     explicit NoteLetters(std::uint32_t mask) {
-        std::size_t n = 0;
-        for (std::uint32_t bit = 0; bit < 16; ++bit) {
-            if (((mask >> bit) & 1u) != 0) text[n++] = static_cast<char>('A' + bit);
+        for (std::uint32_t bit = 0; mask >> bit != 0 && bit < 16; ++bit) {
+            if (((mask >> bit) & 1u) != 0) text[length++] = static_cast<char>('A' + bit);
         }
-        text[n] = '\0';
     }
+    std::string_view view() const { return {text.data(), length}; }
 };
 
 const GaugeSetup& reading_setup(const DlSession& session, const ReadingRecord& reading) {
@@ -63,14 +65,15 @@ bool is_empty_slot(const ReadingRecord& reading) { return record_type(reading) =
 DigitLayout pair_layout(const DlSession& session) {
     return session.gage_type == GAGE_PRECISION ? LAYOUT_PRECISION : LAYOUT_STANDARD;
 }
-const char* no_value_text(const DlSession& session) {
-    return session.gage_type == GAGE_PRECISION ? "-.----" : "--.---";
+std::string_view no_value_text(const DlSession& session) {
+    return session.gage_type == GAGE_PRECISION ? "-.----"sv : "--.---"sv;
 }
 
-// A stored 20-bit value as a length, in the reading's units and resolution.
-void format_pair_length(char* out, std::size_t size, const DlSession& session,
-                        const ReadingRecord& reading, std::uint32_t value) {
-    format_thickness(out, size, static_cast<std::int32_t>(value), units(reading), resolution(reading),
+// A stored 20-bit value as a length, in the reading's units and resolution;
+// the length of the text.
+std::size_t format_pair_length(char* out, std::size_t size, const DlSession& session,
+                               const ReadingRecord& reading, std::uint32_t value) {
+    return format_thickness(out, size, static_cast<std::int32_t>(value), units(reading), resolution(reading),
                      pair_layout(session), 0, meas_mode(reading_setup(session, reading)));
 }
 
@@ -134,7 +137,7 @@ void difference_text(char* out, std::size_t size, const DlSession& session,
 
 // The first pair: the extra value and its type, or two empty cells.
 void add_first_pair(TextBuilder& piece, const DlSession& session, const ReadingRecord& reading) {
-    static constexpr char FIRST_TYPES[][8] = {"", "COATING", "OXIDE", "TEMP"};
+    static constexpr std::string_view FIRST_TYPES[] = {""sv, "COATING"sv, "OXIDE"sv, "TEMP"sv};
     const std::uint32_t first = first_kind(reading);
     if (first == 0) {
         piece.put(",,");
@@ -149,9 +152,9 @@ void add_first_pair(TextBuilder& piece, const DlSession& session, const ReadingR
 }
 
 // ",%s,%s,%s,%s" of a pair of values and their types.
-void add_value_pair(TextBuilder& piece, const char* value, const char* type, const char* value2,
-                    const char* type2) {
-    for (const char* text : {value, type, value2, type2}) {
+void add_value_pair(TextBuilder& piece, std::string_view value, std::string_view type,
+                    std::string_view value2, std::string_view type2) {
+    for (std::string_view text : {value, type, value2, type2}) {
         piece.put(',');
         piece.put(text);
     }
@@ -162,7 +165,7 @@ void add_second_pairs(TextBuilder& piece, const DlSession& session, const Readin
                       int velocity_flag) {
     char value[NUMBER_TEXT_SIZE];
     const std::uint32_t second = second_kind(reading);
-    const char* none = no_value_text(session);
+    const std::string_view none = no_value_text(session);
     const std::uint32_t mn = min_value(reading);
     const std::uint32_t mx = max_value(reading);
     if (second == 0 || velocity_flag == 1) {
@@ -173,9 +176,9 @@ void add_second_pairs(TextBuilder& piece, const DlSession& session, const Readin
             add_value_pair(piece, none, "MIN", none, "MAX");
         } else {
             char max_text[NUMBER_TEXT_SIZE];
-            format_pair_length(value, sizeof value, session, reading, mn);
-            format_pair_length(max_text, sizeof max_text, session, reading, mx);
-            add_value_pair(piece, value, "MIN", max_text, "MAX");
+            const std::size_t n = format_pair_length(value, sizeof value, session, reading, mn);
+            const std::size_t max_n = format_pair_length(max_text, sizeof max_text, session, reading, mx);
+            add_value_pair(piece, {value, n}, "MIN", {max_text, max_n}, "MAX");
         }
     } else if (second == 2) {
         difference_text(value, sizeof value, session, reading);
@@ -185,8 +188,8 @@ void add_second_pairs(TextBuilder& piece, const DlSession& session, const Readin
         if (mn == 0) {
             add_value_pair(piece, none, "MAX-MIN", "", "");
         } else {
-            format_pair_length(value, sizeof value, session, reading, mn);
-            add_value_pair(piece, value, "MAX-MIN", "", "");
+            const std::size_t n = format_pair_length(value, sizeof value, session, reading, mn);
+            add_value_pair(piece, {value, n}, "MAX-MIN", "", "");
         }
     }
 }
@@ -267,17 +270,18 @@ void add_columns_corrosion(CsvRow& row, const DlSession& session, const ReadingR
     // ",%s,%s,%s,%s,%s,%s,%d,%s,%s,%s"
     char text[ROW_BUFFER_SIZE];
     TextBuilder status(text, sizeof text);
-    for (const char* cell : {units_text(session, reading, velocity_flag),
-                             alarm_state_text(alarm_state(reading)), diff_type_text(diff_type(setup)),
-                             static_cast<const char*>(gain), fast_mode_text(fast_mode(reading)),
-                             notes.text.data()}) {
+    for (std::string_view cell : {std::string_view(units_text(session, reading, velocity_flag)),
+                                  std::string_view(alarm_state_text(alarm_state(reading))),
+                                  std::string_view(diff_type_text(diff_type(setup))),
+                                  std::string_view(gain), fast_mode_text(fast_mode(reading)),
+                                  notes.view()}) {
         status.put(',');
         status.put(cell);
     }
     status.put(',');
     status.put_int(setup_number(reading));
-    for (const char* cell : {echo_to_echo(reading) != 0 ? "E TO E" : "STD",
-                             on_off(bscan_mode(reading) != 0), on_off(has_ascan == 1)}) {
+    for (std::string_view cell : {echo_to_echo(reading) != 0 ? "E TO E"sv : "STD"sv,
+                                  on_off(bscan_mode(reading) != 0), on_off(has_ascan == 1)}) {
         status.put(',');
         status.put(cell);
     }
@@ -294,9 +298,9 @@ void add_columns_precision(CsvRow& row, const DlSession& session, const ReadingR
     // ",%s,%s,%s,%s,%d,%s,%s"
     char text[ROW_BUFFER_SIZE];
     TextBuilder status(text, sizeof text);
-    for (const char* cell : {units_text(session, reading, velocity_flag),
-                             alarm_state_text(alarm_state(reading)), fast_mode_text(fast_mode(reading)),
-                             static_cast<const char*>(notes.text.data())}) {
+    for (std::string_view cell : {std::string_view(units_text(session, reading, velocity_flag)),
+                                  std::string_view(alarm_state_text(alarm_state(reading))),
+                                  fast_mode_text(fast_mode(reading)), notes.view()}) {
         status.put(',');
         status.put(cell);
     }

@@ -422,7 +422,7 @@ int write_bscan_dump(const DlSession& session, const ReadingRecord& reading,
         } else {  // a row cut at the end of its line
             TextBuilder line(row, LINE_BUFFER_SIZE);
             line.put(',');
-            line.put(std::string_view(index.text, index.length));
+            line.put_int(static_cast<int>(i + 1));
             line.put(',');
             line.put(value);
             line.put(std::string_view(tails.text[alarm][mark], tail_length));
