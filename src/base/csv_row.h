@@ -1,5 +1,5 @@
-// The pieces of one CSV row, gathered into one buffer and handed to
-// csv_write at once instead of piece by piece.
+// The pieces of CSV rows, gathered into one buffer and handed to csv_write
+// at once instead of piece by piece.
 //
 // csv_write halves every "%%" of the text it is given. Gathering must not
 // change what that pass sees: two pieces side by side could make a "%%" out
@@ -17,7 +17,8 @@
 namespace ugf {
 
 struct CsvRow {
-    static constexpr std::size_t CAPACITY = 512;
+    // Room for many rows: a walk gathers the rows of its readings here.
+    static constexpr std::size_t CAPACITY = 16384;
 
     CsvSink& sink;
     std::array<char, CAPACITY> text;  // only the first `used` characters are read
