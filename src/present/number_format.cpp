@@ -154,6 +154,31 @@ std::size_t format_thickness(char* out, std::size_t size, std::int32_t value, st
 }
 
 std::size_t digit_field(char* out, std::uint32_t a, int width, int precision, bool blank) {
+    if (a < 100000000 && width >= 0 && width <= 8 && precision >= 0 && precision <= 8) {
+        // The usual field: the eight digits of `a` with leading zeros, two
+        // at a time, of which the last max(precision, digits) are kept,
+        // behind the blanks; made of copies of fixed length.
+        char digits[16] = {};
+        const std::uint32_t high = a / 10000;
+        const std::uint32_t low = a % 10000;
+        std::memcpy(digits, DIGIT_PAIRS + 2 * (high / 100), 2);
+        std::memcpy(digits + 2, DIGIT_PAIRS + 2 * (high % 100), 2);
+        std::memcpy(digits + 4, DIGIT_PAIRS + 2 * (low / 100), 2);
+        std::memcpy(digits + 6, DIGIT_PAIRS + 2 * (low % 100), 2);
+        const int n = a == 0 ? 0 : decimal_digit_count(a);
+        const int body = std::max(precision, n);
+        char text[32];
+        char* at = text;
+        if (blank) *at++ = ' ';
+        std::memset(at, ' ', 8);
+        at += std::max(width - body, 0);
+        std::memcpy(at, digits + 8 - body, 8);
+        at += body;
+        const std::size_t length = std::min<std::size_t>(static_cast<std::size_t>(at - text), DIGIT_FIELD_SIZE - 1);
+        std::memcpy(out, text, DIGIT_FIELD_SIZE - 1);
+        out[length] = '\0';
+        return length;
+    }
     // The whole text first: the blank, blanks up to the width, zeros up to
     // the precision, the digits; then its first DIGIT_FIELD_SIZE - 1 characters.
     char text[16] = {};
