@@ -378,7 +378,7 @@ int write_bscan_dump(const DlSession& session, const ReadingRecord& reading,
     // alarm and the mark, in a line of LINE_BUFFER_SIZE bytes. The cells
     // behind the value take a few texts only: made once for each alarm
     // code and mark.
-    PointTails tails;
+    PointTails tails{};
     for (std::uint32_t alarm = 0; alarm < ALARM_CODES; ++alarm) {
         for (std::uint32_t mark = 0; mark < 3; ++mark) {
             TextBuilder tail(tails.text[alarm][mark], LINE_BUFFER_SIZE);
@@ -398,7 +398,7 @@ int write_bscan_dump(const DlSession& session, const ReadingRecord& reading,
     for (std::size_t i = 0; i < store.bscan.point_count; ++i) {
         const BscanPoint p = bscan_point(store, i);
         index.advance();
-        char value[NUMBER_TEXT_SIZE];
+        char value[NUMBER_TEXT_SIZE] = {};
         const std::size_t value_length = point_value_length(value, sizeof value, p, f);
         const std::uint32_t alarm = point_alarm(p);
         const std::uint32_t mark = point_min(p) != 0 ? 1 : point_max(p) != 0 ? 2 : 0;
