@@ -11,6 +11,8 @@
 #   x cp     conversion time / time of copying its output file (lower is better)
 #   x legacy time of the legacy slot read / conversion time (higher is better)
 #   peak MiB peak resident memory of one further conversion (/usr/bin/time %M)
+# UGF2CSV=/path/to/ugf2csv times another converter (an older build, say) on
+# the same surveys.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=${1:-build}
@@ -19,7 +21,7 @@ cmake --build "$build" --target ugf2csv make_surveys legacy_read >/dev/null
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 "$build/bench/make_surveys" "$work"
-converter="$(cd "$build" && pwd)/ugf2csv"
+converter=${UGF2CSV:-"$(cd "$build" && pwd)/ugf2csv"}
 legacy="$(cd "$build" && pwd)/bench/legacy_read"
 surveys="corrosion_2d precision_3d flaw_ascan bscans varied_corrosion_2d varied_precision_3d varied_flaw_ascan varied_bscans"
 

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "base/labels.h"
 #include "base/text_builder.h"
 #include "present/number_format.h"
 
@@ -23,7 +24,7 @@ struct IntForm {
 
 std::vector<IntForm> int_forms() {
     std::vector<IntForm> forms;
-    // Past 31 characters the text is made piece by piece.
+    // Texts longer than the buffer's room are cut part by part.
     for (int width : {-40, -8, -7, -6, -5, -4, -3, -2, -1, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 31, 32, 40})
         for (int precision : {-1, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 25, 31, 40})
             for (bool left : {false, true})
@@ -121,17 +122,38 @@ TEST(OneDecimal, LikeSnprintfForEveryTemperatureAndTie) {
     }
 }
 
-TEST(TextBuilder, TextsAreCutLikeSnprintf) {
-    for (std::size_t size : {1u, 2u, 5u, 9u, 30u}) {
-        char expected[32];
-        std::snprintf(expected, size, "%s%c%s", "ABCD", ',', "EFG");
-        char made[32];
-        TextBuilder b(made, size);
-        b.put("ABCD");
-        b.put(',');
-        b.put(std::string_view("EFGH", 3));
-        EXPECT_STREQ(made, expected) << size;
-        EXPECT_EQ(b.len, std::string(expected).size());
+TEST(TextBuilder, TextsOfEveryLengthAreCutLikeSnprintf) {
+    const std::string text = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+    for (std::size_t n = 0; n <= text.size(); ++n) {
+        for (std::size_t size : {1u, 2u, 5u, 9u, 20u, 64u}) {
+            char expected[64];
+            std::snprintf(expected, size, "%c%s%s", ',', text.substr(0, n).c_str(), text.substr(0, n).c_str());
+            char made[64];
+            TextBuilder b(made, size);
+            b.put(',');
+            b.put(std::string_view(text.data(), n));
+            b.put(text.substr(0, n).c_str());
+            ASSERT_STREQ(made, expected) << n << " in " << size;
+            ASSERT_EQ(b.len, std::string(expected).size());
+        }
+    }
+}
+
+// The gain setting: "%-4.4s" of the mode's name, or in mode 4 "%-2dDB"
+// with its marks, for every mode and every dB value.
+TEST(GainSetting, LikeSnprintfForEveryModeAndLevel) {
+    for (std::uint32_t v = 0; v <= 0xFFFF; ++v) {
+        const auto value = static_cast<std::uint16_t>(v);
+        char expected[NUMBER_TEXT_SIZE];
+        char made[NUMBER_TEXT_SIZE];
+        std::snprintf(expected, sizeof expected, "%-4.4s", ui_text(UI_GAIN_MODE + value));
+        format_gain_setting(made, sizeof made, value, 0);
+        if (value != 4) {
+            ASSERT_STREQ(made, expected) << v;
+        }
+        std::snprintf(expected, sizeof expected, "%-2dDB%s", static_cast<int>(v), v == 0 ? " MIN" : v == 94 ? " MAX" : "");
+        format_gain_setting(made, sizeof made, 4, value);
+        ASSERT_STREQ(made, expected) << v;
     }
 }
 
