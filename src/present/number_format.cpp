@@ -106,54 +106,9 @@ std::uint32_t truncate_to_u32_low(double x) {
     return static_cast<std::uint32_t>(static_cast<std::uint64_t>(static_cast<std::int64_t>(x)));
 }
 
-std::size_t format_thickness(char* out, std::size_t size, std::int32_t value, std::uint32_t units,
-                             std::uint32_t resolution, DigitLayout layout, std::uint32_t doubled,
-                             std::uint32_t meas_mode) {
-    const bool negative = value < 0;
-    // The magnitude is unsigned 32-bit: doubling and the addend wrap at 2^32.
-    std::uint32_t a = negative ? 0u - static_cast<std::uint32_t>(value) : static_cast<std::uint32_t>(value);
-    if (doubled == 1 && units != 2) a *= 2u;
-
-    const DigitRow row = layout == LAYOUT_PRECISION ? precision_row(a, units, resolution, meas_mode)
-                                                    : standard_row(a, units, resolution, layout);
-    a += row.round;
-    int width = row.width;
-    int keep = row.keep;
-    if (negative) {
-        // The sign takes the free leading position; once rounding has carried
-        // into a new digit the text is one character longer instead.
-        width -= 1;
-        if (a < row.threshold) keep -= 1;
-    }
-    char scratch[16] = {};  // the field, and room for the fixed copies below
-    const std::size_t length = digit_field(scratch, a, width, row.cp_format ? row.digits : 5, row.cp_format);
-    // The sign, the first `keep` characters of the field, then "." and the
-    // next `decimals` characters when there are decimals.
-    const std::size_t head = std::min<std::size_t>(static_cast<std::size_t>(std::max(keep, 0)), length);
-    const std::size_t tail = row.decimals == 0 ? 0 : std::min<std::size_t>(static_cast<std::size_t>(row.decimals), length - head);
-    if (size >= 16) {
-        // Room for the longest text (sign, field and point) and for copies
-        // of fixed length, which cost less than measured ones: written in
-        // place, each copy's surplus overwritten or left past the end.
-        char* at = out;
-        if (negative) *at++ = '-';
-        std::memcpy(at, scratch, DIGIT_FIELD_SIZE - 1);
-        at += head;
-        if (row.decimals != 0) {
-            *at++ = '.';
-            std::memcpy(at, scratch + head, DIGIT_FIELD_SIZE - 1);
-            at += tail;
-        }
-        *at = '\0';
-        return static_cast<std::size_t>(at - out);
-    }
-    TextOut o(out, size);
-    if (negative) o.put('-');
-    cut_digits(o, scratch, length, keep, row.decimals);
-    return o.len;
-}
-
-std::size_t digit_field(char* out, std::uint32_t a, int width, int precision, bool blank) {
+// digit_field's work, inlined into the length texts that use it.
+[[gnu::always_inline]] inline std::size_t make_digit_field(char* out, std::uint32_t a, int width,
+                                                           int precision, bool blank) {
     if (a < 100000000 && width >= 0 && width <= 8 && precision >= 0 && precision <= 8) {
         // The usual field: the eight digits of `a` with leading zeros, two
         // at a time, of which the last max(precision, digits) are kept,
@@ -194,6 +149,59 @@ std::size_t digit_field(char* out, std::uint32_t a, int width, int precision, bo
     out[length] = '\0';
     return length;
 }
+
+std::size_t digit_field(char* out, std::uint32_t a, int width, int precision, bool blank) {
+    return make_digit_field(out, a, width, precision, blank);
+}
+
+std::size_t format_thickness(char* out, std::size_t size, std::int32_t value, std::uint32_t units,
+                             std::uint32_t resolution, DigitLayout layout, std::uint32_t doubled,
+                             std::uint32_t meas_mode) {
+    const bool negative = value < 0;
+    // The magnitude is unsigned 32-bit: doubling and the addend wrap at 2^32.
+    std::uint32_t a = negative ? 0u - static_cast<std::uint32_t>(value) : static_cast<std::uint32_t>(value);
+    if (doubled == 1 && units != 2) a *= 2u;
+
+    const DigitRow row = layout == LAYOUT_PRECISION ? precision_row(a, units, resolution, meas_mode)
+                                                    : standard_row(a, units, resolution, layout);
+    a += row.round;
+    int width = row.width;
+    int keep = row.keep;
+    if (negative) {
+        // The sign takes the free leading position; once rounding has carried
+        // into a new digit the text is one character longer instead.
+        width -= 1;
+        if (a < row.threshold) keep -= 1;
+    }
+    char scratch[16] = {};  // the field, and room for the fixed copies below
+    const std::size_t length =
+        make_digit_field(scratch, a, width, row.cp_format ? row.digits : 5, row.cp_format);
+    // The sign, the first `keep` characters of the field, then "." and the
+    // next `decimals` characters when there are decimals.
+    const std::size_t head = std::min<std::size_t>(static_cast<std::size_t>(std::max(keep, 0)), length);
+    const std::size_t tail = row.decimals == 0 ? 0 : std::min<std::size_t>(static_cast<std::size_t>(row.decimals), length - head);
+    if (size >= 16) {
+        // Room for the longest text (sign, field and point) and for copies
+        // of fixed length, which cost less than measured ones: written in
+        // place, each copy's surplus overwritten or left past the end.
+        char* at = out;
+        if (negative) *at++ = '-';
+        std::memcpy(at, scratch, DIGIT_FIELD_SIZE - 1);
+        at += head;
+        if (row.decimals != 0) {
+            *at++ = '.';
+            std::memcpy(at, scratch + head, DIGIT_FIELD_SIZE - 1);
+            at += tail;
+        }
+        *at = '\0';
+        return static_cast<std::size_t>(at - out);
+    }
+    TextOut o(out, size);
+    if (negative) o.put('-');
+    cut_digits(o, scratch, length, keep, row.decimals);
+    return o.len;
+}
+
 
 void format_encoder_step(char* out, std::size_t size, std::uint32_t encoder_index,
                          std::uint32_t step_code, std::uint32_t units, std::uint32_t custom_res) {
