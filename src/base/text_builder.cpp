@@ -4,6 +4,8 @@
 
 namespace ugf {
 
+void copy_long(char* dst, const char* src, std::size_t n) { std::memcpy(dst, src, n); }
+
 void TextBuilder::put_int_any(std::int64_t value, int width, int precision, bool left) {
     if (len + 1 >= size) return;
     // A negative width is the width of a left-justified text; no precision

@@ -145,19 +145,13 @@ void add_first_pair(TextBuilder& piece, const DlSession& session, const ReadingR
     }
     char value[NUMBER_TEXT_SIZE];
     first_value_text(value, sizeof value, session, reading);
-    piece.put(',');  // ",%s,%s"
-    piece.put(value);
-    piece.put(',');
-    piece.put(FIRST_TYPES[first]);
+    piece.put_cells({value, FIRST_TYPES[first]});  // ",%s,%s"
 }
 
 // ",%s,%s,%s,%s" of a pair of values and their types.
 void add_value_pair(TextBuilder& piece, std::string_view value, std::string_view type,
                     std::string_view value2, std::string_view type2) {
-    for (std::string_view text : {value, type, value2, type2}) {
-        piece.put(',');
-        piece.put(text);
-    }
+    piece.put_cells({value, type, value2, type2});
 }
 
 // The second and third pairs: minimum and maximum, difference or span.
@@ -270,21 +264,13 @@ void add_columns_corrosion(CsvRow& row, const DlSession& session, const ReadingR
     // ",%s,%s,%s,%s,%s,%s,%d,%s,%s,%s"
     char text[ROW_BUFFER_SIZE];
     TextBuilder status(text, sizeof text);
-    for (std::string_view cell : {std::string_view(units_text(session, reading, velocity_flag)),
-                                  std::string_view(alarm_state_text(alarm_state(reading))),
-                                  std::string_view(diff_type_text(diff_type(setup))),
-                                  std::string_view(gain), fast_mode_text(fast_mode(reading)),
-                                  notes.view()}) {
-        status.put(',');
-        status.put(cell);
-    }
+    status.put_cells({units_text(session, reading, velocity_flag), alarm_state_text(alarm_state(reading)),
+                      diff_type_text(diff_type(setup)), gain, fast_mode_text(fast_mode(reading)),
+                      notes.view()});
     status.put(',');
     status.put_int(setup_number(reading));
-    for (std::string_view cell : {echo_to_echo(reading) != 0 ? "E TO E"sv : "STD"sv,
-                                  on_off(bscan_mode(reading) != 0), on_off(has_ascan == 1)}) {
-        status.put(',');
-        status.put(cell);
-    }
+    status.put_cells({echo_to_echo(reading) != 0 ? "E TO E"sv : "STD"sv, on_off(bscan_mode(reading) != 0),
+                      on_off(has_ascan == 1)});
     add_row_rest(row, status, session, reading, velocity_flag);
 }
 
@@ -298,18 +284,11 @@ void add_columns_precision(CsvRow& row, const DlSession& session, const ReadingR
     // ",%s,%s,%s,%s,%d,%s,%s"
     char text[ROW_BUFFER_SIZE];
     TextBuilder status(text, sizeof text);
-    for (std::string_view cell : {std::string_view(units_text(session, reading, velocity_flag)),
-                                  std::string_view(alarm_state_text(alarm_state(reading))),
-                                  fast_mode_text(fast_mode(reading)), notes.view()}) {
-        status.put(',');
-        status.put(cell);
-    }
+    status.put_cells({units_text(session, reading, velocity_flag), alarm_state_text(alarm_state(reading)),
+                      fast_mode_text(fast_mode(reading)), notes.view()});
     status.put(',');
     status.put_int(setup_number(reading));
-    status.put(',');
-    status.put(on_off(bscan_mode(reading) != 0));
-    status.put(',');
-    status.put(on_off(has_ascan == 1));
+    status.put_cells({on_off(bscan_mode(reading) != 0), on_off(has_ascan == 1)});
     add_row_rest(row, status, session, reading, velocity_flag);
 }
 

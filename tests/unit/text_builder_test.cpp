@@ -127,12 +127,14 @@ TEST(TextBuilder, TextsOfEveryLengthAreCutLikeSnprintf) {
     for (std::size_t n = 0; n <= text.size(); ++n) {
         for (std::size_t size : {1u, 2u, 5u, 9u, 20u, 64u}) {
             char expected[64];
-            std::snprintf(expected, size, "%c%s%s", ',', text.substr(0, n).c_str(), text.substr(0, n).c_str());
+            const std::string cell = text.substr(0, n);
+            std::snprintf(expected, size, "%c%s%s,%s,%s", ',', cell.c_str(), cell.c_str(), cell.c_str(), "A");
             char made[64];
             TextBuilder b(made, size);
             b.put(',');
             b.put(std::string_view(text.data(), n));
-            b.put(text.substr(0, n).c_str());
+            b.put(cell.c_str());
+            b.put_cells({cell, "A"});
             ASSERT_STREQ(made, expected) << n << " in " << size;
             ASSERT_EQ(b.len, std::string(expected).size());
         }
