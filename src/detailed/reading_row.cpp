@@ -28,9 +28,25 @@ constexpr const char* LOST_OXIDE = "-.----";
 
 using std::string_view_literals::operator""sv;
 
+// A text of a table kept as characters (no relocation) with its length.
+template <std::size_t N, std::size_t W>
+constexpr bool lengths_match(const char (&texts)[N][W], const std::uint8_t (&lengths)[N]) {
+    for (std::size_t i = 0; i < N; ++i) {
+        if (std::char_traits<char>::length(texts[i]) != lengths[i]) return false;
+    }
+    return true;
+}
+
+template <std::size_t N, std::size_t W>
+std::string_view table_text(const char (&texts)[N][W], const std::uint8_t (&lengths)[N], std::uint32_t code) {
+    return code < N ? std::string_view(texts[code], lengths[code]) : ""sv;
+}
+
 std::string_view fast_mode_text(std::uint32_t code) {
-    static constexpr std::string_view TEXTS[] = {"OFF"sv, "ON"sv, "MIN/MAX"sv, "MAX-MIN"sv};
-    return code < std::size(TEXTS) ? TEXTS[code] : ""sv;
+    static constexpr char TEXTS[][8] = {"OFF", "ON", "MIN/MAX", "MAX-MIN"};
+    static constexpr std::uint8_t LENGTHS[] = {3, 2, 7, 7};
+    static_assert(lengths_match(TEXTS, LENGTHS));
+    return table_text(TEXTS, LENGTHS, code);
 }
 
 std::string_view on_off(bool on) { return on ? "ON"sv : "OFF"sv; }
@@ -137,7 +153,9 @@ void difference_text(char* out, std::size_t size, const DlSession& session,
 
 // The first pair: the extra value and its type, or two empty cells.
 void add_first_pair(TextBuilder& piece, const DlSession& session, const ReadingRecord& reading) {
-    static constexpr std::string_view FIRST_TYPES[] = {""sv, "COATING"sv, "OXIDE"sv, "TEMP"sv};
+    static constexpr char FIRST_TYPES[][8] = {"", "COATING", "OXIDE", "TEMP"};
+    static constexpr std::uint8_t FIRST_TYPE_LENGTHS[] = {0, 7, 5, 4};
+    static_assert(lengths_match(FIRST_TYPES, FIRST_TYPE_LENGTHS));
     const std::uint32_t first = first_kind(reading);
     if (first == 0) {
         piece.put(",,");
@@ -145,7 +163,7 @@ void add_first_pair(TextBuilder& piece, const DlSession& session, const ReadingR
     }
     char value[NUMBER_TEXT_SIZE];
     first_value_text(value, sizeof value, session, reading);
-    piece.put_cells({value, FIRST_TYPES[first]});  // ",%s,%s"
+    piece.put_cells({value, table_text(FIRST_TYPES, FIRST_TYPE_LENGTHS, first)});  // ",%s,%s"
 }
 
 // ",%s,%s,%s,%s" of a pair of values and their types.

@@ -140,7 +140,7 @@ void dac_depth_text(char* out, std::size_t size, const FlawSetup& setup, std::ui
 }
 
 // The mark cell of a B-scan point: none, its minimum or its maximum.
-constexpr const char* MARKS[3] = {" ", "MIN", "MAX"};
+constexpr char MARKS[3][4] = {" ", "MIN", "MAX"};
 constexpr std::uint32_t ALARM_CODES = 8;  // a point's 3-bit alarm state
 
 // The cells behind the value of a B-scan row, by alarm code and mark.
