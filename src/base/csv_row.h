@@ -1,10 +1,11 @@
-// The pieces of one CSV row, gathered into one buffer and handed to
-// csv_write at once instead of piece by piece.
+// The pieces of CSV rows, gathered into one buffer and handed to csv_write
+// at once instead of piece by piece.
 //
-// csv_write halves every "%%" of the text it is given. Gathering must not
-// change what that pass sees: two pieces side by side could make a "%%" out
-// of two lone "%", so only pieces without any "%" are gathered; a piece that
-// holds one is written on its own, right after what was gathered before it.
+// csv_write halves every "%%" of the text it is given, pairing the "%" from
+// left to right. Joining two pieces changes what that pass sees only where
+// a "%" that ends the first would pair with a "%" that begins the second;
+// such a piece is written after what was gathered before it, never joined
+// to it. Any other pieces are joined, "%" or not.
 #pragma once
 
 #include <array>
@@ -17,7 +18,8 @@
 namespace ugf {
 
 struct CsvRow {
-    static constexpr std::size_t CAPACITY = 512;
+    // Room for many rows: a walk gathers the rows of its readings here.
+    static constexpr std::size_t CAPACITY = 16384;
 
     CsvSink& sink;
     std::array<char, CAPACITY> text;  // only the first `used` characters are read
@@ -33,12 +35,13 @@ struct CsvRow {
     }
 
     void add(std::string_view piece) {
-        if (std::memchr(piece.data(), '%', piece.size()) != nullptr || piece.size() > CAPACITY) {
+        if (piece.size() > CAPACITY) {
             flush();
             if (csv_write(piece, sink) == 0) written = 0;
             return;
         }
-        if (piece.size() > CAPACITY - used) flush();
+        const bool percents_meet = used != 0 && text[used - 1] == '%' && !piece.empty() && piece[0] == '%';
+        if (piece.size() > CAPACITY - used || percents_meet) flush();
         std::memcpy(text.data() + used, piece.data(), piece.size());
         used += piece.size();
     }

@@ -78,10 +78,8 @@ void merge_flaw_head(const DlSession& session, ReadingRecord& reading, const Sca
 
 // The detailed row of a thickness gauge reading: the identifier cell, the
 // thickness and the columns behind them reach csv_write as one row.
-int write_thickness_row(const DlSession& session, const ReadingRecord& reading,
-                        const ReadingScan& scan, std::string_view id_cell, DigitLayout layout,
-                        CsvSink& sink) {
-    CsvRow row(sink);
+void add_thickness_row(CsvRow& row, const DlSession& session, const ReadingRecord& reading,
+                       const ReadingScan& scan, std::string_view id_cell, DigitLayout layout) {
     row.add(id_cell);
     ThicknessCell cell{};
     thickness_cell_text(cell, reading, 0, layout,
@@ -93,7 +91,6 @@ int write_thickness_row(const DlSession& session, const ReadingRecord& reading,
     } else {
         add_columns_precision(row, session, reading, scan.has_ascan, scan.velocity_flag);
     }
-    return row.finish();
 }
 
 // The dumps of a reading's scans, with fresh titles behind them when `more`
@@ -118,8 +115,11 @@ int write_dumps(DlSession& session, const ReadingRecord& reading, const ReadingS
 
 // One walk over the readings. `output_form` 0 writes the plain grid rows of
 // "LINEAR" and "MANUAL" files; 1 the rows of the detailed table with their
-// dumps.
-int walk_readings(DlSession& session, int output_form, CsvSink& sink) {
+// dumps. The detailed rows of thickness readings gather in `rows`, which
+// is written out before anything else is written; when the text is echoed
+// on standard output, after each row, so that the echo keeps its place
+// before any error line of the next read.
+int walk_rows(DlSession& session, int output_form, CsvSink& sink, CsvRow& rows) {
     const std::int32_t gage_type = session.gage_type;
     // Any instrument but the precision gauge and the flaw detector prints the
     // corrosion gauge's digits.
@@ -151,10 +151,12 @@ int walk_readings(DlSession& session, int output_form, CsvSink& sink) {
         const int more = walk.visit != walk.total - 1 ? 1 : 0;
         if (output_form == OUTPUT_DETAILED &&
             (gage_type == GAGE_CORROSION || gage_type == GAGE_PRECISION)) {
-            if (write_thickness_row(session, reading, scan, cell, layout, sink) == 0) return 0;
+            add_thickness_row(rows, session, reading, scan, cell, layout);
+            if (sink.verbose_output != 0 || scan.has_ascan != 0 || scan.has_bscan != 0) rows.flush();
             if (write_dumps(session, reading, scan, more, sink) == 0) return 0;
             continue;
         }
+        rows.flush();
         if (csv_write(cell, sink) == 0) return 0;
 
         const ScanStore* dac_store = scan.ascan_ref != nullptr ? session.scan_store.get() : nullptr;
@@ -173,6 +175,12 @@ int walk_readings(DlSession& session, int output_form, CsvSink& sink) {
         }
     }
     return 1;
+}
+
+int walk_readings(DlSession& session, int output_form, CsvSink& sink) {
+    CsvRow rows(sink);
+    const int walked = walk_rows(session, output_form, sink, rows);
+    return rows.finish() == 1 ? walked : 0;
 }
 
 // The reading table with everything behind it: titles, walk, setups.

@@ -1,19 +1,29 @@
 #include "detailed/scan_dump.h"
 
 #include <algorithm>
+#include <cstring>
+#include <initializer_list>
 #include <cstddef>
+#include <tuple>
 
 #include "detailed/reading_row.h"
 #include "present/dac_curve.h"
 #include "present/flaw_row.h"
 #include "present/number_format.h"
 #include "base/labels.h"
+#include "base/text_builder.h"
 
 namespace ugf {
 
 namespace {
 
 constexpr std::size_t LINE_BUFFER_SIZE = 96;
+constexpr std::size_t POINT_ROWS_SIZE = 16384;  // B-scan rows gathered for one write
+
+// A sample list: up to six characters a value ("65535,"), a line end and
+// comma after every tenth and after the last.
+constexpr std::size_t SAMPLE_LIST_SIZE =
+    std::tuple_size_v<SampleStore> * 6 + (std::tuple_size_v<SampleStore> / 10 + 1) * 2 + 1;
 
 constexpr std::uint32_t DAC_MODE_NAMES = 4;  // the rows from UI_DAC_MODE on
 
@@ -29,20 +39,33 @@ const char* skip_blanks(const char* text) {
 
 int write_scale_item(CsvSink& sink, const char* name, const char* value, const char* unit) {
     char item[LINE_BUFFER_SIZE];
-    format_text(item, sizeof item, "%s=%s%s,", name, value, unit);
-    return csv_write(item, sink);
+    TextBuilder text(item, sizeof item);  // "%s=%s%s,"
+    text.put(name);
+    text.put('=');
+    text.put(value);
+    text.put(unit);
+    text.put(',');
+    return csv_write(text.view(), sink);
 }
 
 int write_text_item(CsvSink& sink, const char* name, const char* text) {
     char item[LINE_BUFFER_SIZE];
-    format_text(item, sizeof item, "%s=%s,", name, text);
-    return csv_write(item, sink);
+    TextBuilder line(item, sizeof item);  // "%s=%s,"
+    line.put(name);
+    line.put('=');
+    line.put(text);
+    line.put(',');
+    return csv_write(line.view(), sink);
 }
 
 int write_number_item(CsvSink& sink, const char* name, int value) {
     char item[LINE_BUFFER_SIZE];
-    format_text(item, sizeof item, "%s=%d,", name, value);
-    return csv_write(item, sink);
+    TextBuilder text(item, sizeof item);  // "%s=%d,"
+    text.put(name);
+    text.put('=');
+    text.put_int(value);
+    text.put(',');
+    return csv_write(text.view(), sink);
 }
 
 const char* rect_text(const AscanRecord& a) { return ui_text(UI_RECTIFICATION + rect_index(a)); }
@@ -52,14 +75,38 @@ const char* waveform_text(const AscanRecord& a) {
     return ui_text(outline(a) == 1 ? UI_OUTLINE : UI_FILLED);
 }
 
-// A gate line: the value, or "LOS" when it lies at or above the limit of a
-// gate without a signal. `value_format` takes the value as an int.
-int write_gate_line(CsvSink& sink, std::uint16_t value, std::uint16_t limit,
-                    const char* value_format, const char* lost_line) {
-    if (value >= limit) return csv_write(lost_line, sink);
+// A gate line: "\n,NAME,%i" and `end` of the value, or "LOS" in its place
+// when it lies at or above the limit of a gate without a signal.
+int write_gate_line(CsvSink& sink, std::uint16_t value, std::uint16_t limit, const char* name,
+                    const char* end) {
     char line[LINE_BUFFER_SIZE];
-    format_text(line, sizeof line, value_format, static_cast<int>(value));
-    return csv_write(line, sink);
+    TextBuilder text(line, sizeof line);
+    text.put("\n,");
+    text.put(name);
+    text.put(',');
+    if (value >= limit) {
+        text.put("LOS");
+    } else {
+        text.put_int(value);
+    }
+    text.put(end);
+    return csv_write(text.view(), sink);
+}
+
+// A waveform title: `lead`, the name, " [%d]" then "[%d]" of each number,
+// and "\n,".
+std::string_view scan_title(TextBuilder& text, const char* lead, const char* name,
+                            std::initializer_list<int> numbers) {
+    text.put(lead);
+    text.put(name);
+    text.put(' ');
+    for (int number : numbers) {
+        text.put('[');
+        text.put_int(number);
+        text.put(']');
+    }
+    text.put("\n,");
+    return text.view();
 }
 
 // The depth of a DAC point: its detection count as a sound path through the
@@ -86,14 +133,43 @@ void dac_depth_text(char* out, std::size_t size, const FlawSetup& setup, std::ui
     char number[NUMBER_TEXT_SIZE];
     format_thickness(number, sizeof number, depth, u, resolution(setup), LAYOUT_FLAW,
                      meas_mode(setup) == FLAW_MEAS_MODE_THRU ? 1u : 0u, 0);
-    format_text(out, size, "%s %s", number, length_unit_text(u, false));
+    TextBuilder text(out, size);  // "%s %s"
+    text.put(number);
+    text.put(' ');
+    text.put(length_unit_text(u, false));
 }
 
-const char* point_mark(const BscanPoint& p) {
-    if (point_min(p) != 0) return "MIN";
-    if (point_max(p) != 0) return "MAX";
-    return " ";
-}
+// The mark cell of a B-scan point: none, its minimum or its maximum.
+constexpr char MARKS[3][4] = {" ", "MIN", "MAX"};
+constexpr std::uint32_t ALARM_CODES = 8;  // a point's 3-bit alarm state
+
+// The cells behind the value of a B-scan row, by alarm code and mark.
+struct PointTails {
+    char text[ALARM_CODES][3][LINE_BUFFER_SIZE];
+    std::size_t length[ALARM_CODES][3];
+};
+
+// The one-based index of a B-scan point as decimal text, counted up in
+// place (a point count has at most five digits).
+struct PointIndex {
+    char text[8] = {};
+    std::size_t length = 0;
+
+    void advance() {
+        std::size_t k = length;
+        while (k > 0 && text[k - 1] == '9') text[--k] = '0';
+        if (k > 0) {
+            ++text[k - 1];
+        } else if (length + 1 < sizeof text) {  // a new leading digit
+            std::memmove(text + 1, text, length);
+            text[0] = '1';
+            ++length;
+        }
+    }
+};
+
+// Tails up to this length are copied as a whole block.
+constexpr std::size_t SHORT_TAIL = 32;
 
 }  // namespace
 
@@ -119,29 +195,39 @@ PointFormat point_format(const DlSession& session, const ReadingRecord& reading)
 }
 
 void point_value_text(char* out, std::size_t size, const BscanPoint& p, const PointFormat& f) {
+    point_value_length(out, size, p, f);
+}
+
+std::size_t point_value_length(char* out, std::size_t size, const BscanPoint& p, const PointFormat& f) {
     out[0] = '\0';
     if (point_lost(p) != 0) {
-        format_text(out, size, "%s", "--.---");
-        return;
+        TextBuilder text(out, size);
+        text.put("--.---");
+        return text.len;
     }
     std::uint32_t magnitude = point_magnitude(p);
     if (f.units != 0) magnitude *= 10u;
     const std::int32_t m = static_cast<std::int32_t>(magnitude);
     const std::int32_t v = point_negative(p) != 0 ? -m : m;
     if ((f.units == 0 && v != POINT_EMPTY_IN) || (f.units == 1 && v != POINT_EMPTY_MM)) {
-        format_thickness(out, size, v, f.units, f.resolution, f.layout, f.doubled, f.meas_mode);
+        return format_thickness(out, size, v, f.units, f.resolution, f.layout, f.doubled, f.meas_mode);
     }
+    return 0;
 }
 
 int write_sample_values(const AscanRecord& ascan, const SampleStore& values, CsvSink& sink) {
     const std::size_t count = std::min<std::size_t>(ascan.sample_count, values.size());
-    char text[16];
+    // "%d," for each value, "\n," behind every tenth and at the end: no "%"
+    // in any of them, so the whole list is one piece of CSV text.
+    char text[SAMPLE_LIST_SIZE];
+    TextBuilder list(text, sizeof text);
     for (std::size_t i = 0; i < count; ++i) {
-        format_text(text, sizeof text, "%d,", static_cast<int>(values[i]));
-        if (csv_write(text, sink) == 0) return 0;
-        if ((i + 1) % 10 == 0 && csv_write("\n,", sink) == 0) return 0;
+        list.put_int(values[i]);
+        list.put(',');
+        if ((i + 1) % 10 == 0) list.put("\n,");
     }
-    return csv_write("\n,", sink);
+    list.put("\n,");
+    return csv_write(list.view(), sink);
 }
 
 int write_ascan_settings_corrosion(const AscanRecord& ascan, CsvSink& sink) {
@@ -205,10 +291,10 @@ int write_ascan_dump_thickness(const DlSession& session, const ScanStore& store,
     const int bracket_2 = a.bracket_2;
     const int third = static_cast<int>(display_bracket_3(a));
     char title[LINE_BUFFER_SIZE];
-    format_text(title, sizeof title, ",%s [%d][%d][%d]\n,", "MAX DATA", count, bracket_2, third);
-    if (csv_write(title, sink) == 0 || write_sample_values(a, store.max_samples, sink) == 0) return 0;
-    format_text(title, sizeof title, "\n,%s [%d][%d][%d]\n,", "MIN DATA", count, bracket_2, third);
-    if (csv_write(title, sink) == 0 || write_sample_values(a, store.min_samples, sink) == 0) return 0;
+    TextBuilder max_title(title, sizeof title);
+    if (csv_write(scan_title(max_title, ",", "MAX DATA", {count, bracket_2, third}), sink) == 0 || write_sample_values(a, store.max_samples, sink) == 0) return 0;
+    TextBuilder min_title(title, sizeof title);
+    if (csv_write(scan_title(min_title, "\n,", "MIN DATA", {count, bracket_2, third}), sink) == 0 || write_sample_values(a, store.min_samples, sink) == 0) return 0;
     const int settings = session.gage_type == GAGE_PRECISION
                              ? write_ascan_settings_precision(session, a, sink)
                              : write_ascan_settings_corrosion(a, sink);
@@ -224,12 +310,16 @@ int write_ascan_dump_flaw(const DlSession& session, const ScanStore& store,
     const int third = static_cast<int>(scan_bracket_3(a));
     const int fourth = static_cast<int>(bracket_4(a));
     char title[LINE_BUFFER_SIZE];
-    format_text(title, sizeof title, ",%s [%d][%d][%d][%d]\n,", "MAX DATA", count, bracket_2,
-                third, fourth);
-    if (csv_write(title, sink) == 0 || write_sample_values(a, store.max_samples, sink) == 0) return 0;
-    format_text(title, sizeof title, "\n,%s [%d][%d][%d][%d]\n,", "MIN DATA", count, bracket_2,
-                third, fourth);
-    if (csv_write(title, sink) == 0 || write_sample_values(a, store.min_samples, sink) == 0) return 0;
+    TextBuilder max_title(title, sizeof title);
+    if (csv_write(scan_title(max_title, ",", "MAX DATA", {count, bracket_2, third, fourth}), sink) == 0 ||
+        write_sample_values(a, store.max_samples, sink) == 0) {
+        return 0;
+    }
+    TextBuilder min_title(title, sizeof title);
+    if (csv_write(scan_title(min_title, "\n,", "MIN DATA", {count, bracket_2, third, fourth}), sink) == 0 ||
+        write_sample_values(a, store.min_samples, sink) == 0) {
+        return 0;
+    }
     if (write_flaw_scan_block(store, setup, sink) == 0 || csv_write("\n", sink) == 0) return 0;
     return more == 1 ? write_column_titles(session.gage_type, sink) : 1;
 }
@@ -238,19 +328,19 @@ int write_flaw_scan_block(const ScanStore& store, const FlawSetup& setup, CsvSin
     const AscanRecord& a = store.ascan;
     char line[LINE_BUFFER_SIZE];
     if (peak_shown(a) != 0) {
-        format_text(line, sizeof line, "\n,%s %s [%d][%d][%d][%d]\n,", "PEAK", "MAX DATA",
-                    static_cast<int>(a.sample_count), static_cast<int>(a.bracket_2),
-                    static_cast<int>(scan_bracket_3(a)), static_cast<int>(bracket_4(a)));
-        if (csv_write(line, sink) == 0 || write_sample_values(a, store.peak_samples, sink) == 0) {
+        TextBuilder title(line, sizeof line);
+        const std::string_view text =
+            scan_title(title, "\n,PEAK ", "MAX DATA",
+                       {static_cast<int>(a.sample_count), static_cast<int>(a.bracket_2),
+                        static_cast<int>(scan_bracket_3(a)), static_cast<int>(bracket_4(a))});
+        if (csv_write(text, sink) == 0 || write_sample_values(a, store.peak_samples, sink) == 0) {
             return 0;
         }
     }
-    if (write_gate_line(sink, a.gate1_mti, PEAK_LOST, "\n,GATE 1 MTI,%i", "\n,GATE 1 MTI,LOS") == 0 ||
-        write_gate_line(sink, a.gate1_amplitude, AMPLITUDE_LOST, "\n,GATE 1 DETECTION AMPLITUDE,%i",
-                        "\n,GATE 1 DETECTION AMPLITUDE,LOS") == 0 ||
-        write_gate_line(sink, a.gate2_mti, PEAK_LOST, "\n,GATE 2 MTI,%i", "\n,GATE 2 MTI,LOS") == 0 ||
-        write_gate_line(sink, a.gate2_amplitude, AMPLITUDE_LOST, "\n,GATE 2 DETECTION AMPLITUDE,%i\n",
-                        "\n,GATE 2 DETECTION AMPLITUDE,LOS\n") == 0) {
+    if (write_gate_line(sink, a.gate1_mti, PEAK_LOST, "GATE 1 MTI", "") == 0 ||
+        write_gate_line(sink, a.gate1_amplitude, AMPLITUDE_LOST, "GATE 1 DETECTION AMPLITUDE", "") == 0 ||
+        write_gate_line(sink, a.gate2_mti, PEAK_LOST, "GATE 2 MTI", "") == 0 ||
+        write_gate_line(sink, a.gate2_amplitude, AMPLITUDE_LOST, "GATE 2 DETECTION AMPLITUDE", "\n") == 0) {
         return 0;
     }
     if (dac_shown(a) == 0) return 1;
@@ -264,9 +354,15 @@ int write_flaw_scan_block(const ScanStore& store, const FlawSetup& setup, CsvSin
         if (point.dac_amplitude == 0) break;
         char depth[LINE_BUFFER_SIZE];
         dac_depth_text(depth, sizeof depth, setup, point.dac_count);
-        format_text(line, sizeof line, ",%s,%i,%i\n", depth, static_cast<int>(point.dac_amplitude),
-                    static_cast<int>(point.dac_count));
-        if (csv_write(line, sink) == 0) return 0;
+        TextBuilder row(line, sizeof line);  // ",%s,%i,%i\n"
+        row.put(',');
+        row.put(depth);
+        row.put(',');
+        row.put_int(point.dac_amplitude);
+        row.put(',');
+        row.put_int(point.dac_count);
+        row.put('\n');
+        if (csv_write(row.view(), sink) == 0) return 0;
     }
     return 1;
 }
@@ -278,14 +374,66 @@ int write_bscan_dump(const DlSession& session, const ReadingRecord& reading,
                 "MIN/MAX");
     if (csv_write(line, sink) == 0) return 0;
     const PointFormat f = point_format(session, reading);
+    // A row is ",%i,%s,%s,%s,%s\n" of the index, the value, the unit, the
+    // alarm and the mark, in a line of LINE_BUFFER_SIZE bytes. The cells
+    // behind the value take a few texts only: made once for each alarm
+    // code and mark.
+    PointTails tails{};
+    for (std::uint32_t alarm = 0; alarm < ALARM_CODES; ++alarm) {
+        for (std::uint32_t mark = 0; mark < 3; ++mark) {
+            TextBuilder tail(tails.text[alarm][mark], LINE_BUFFER_SIZE);
+            for (const char* cell : {f.unit, alarm_state_text(alarm), MARKS[mark]}) {
+                tail.put(',');
+                tail.put(cell);
+            }
+            tail.put('\n');
+            tails.length[alarm][mark] = tail.len;
+        }
+    }
+    // Each row begins with a comma, so no "%%" can form where two rows meet
+    // and many rows go to csv_write as one piece.
+    char rows[POINT_ROWS_SIZE];
+    std::size_t used = 0;
+    PointIndex index;
     for (std::size_t i = 0; i < store.bscan.point_count; ++i) {
         const BscanPoint p = bscan_point(store, i);
-        char value[NUMBER_TEXT_SIZE];
-        point_value_text(value, sizeof value, p, f);
-        format_text(line, sizeof line, ",%i,%s,%s,%s,%s\n", static_cast<int>(i + 1), value, f.unit,
-                    alarm_state_text(point_alarm(p)), point_mark(p));
-        if (csv_write(line, sink) == 0) return 0;
+        index.advance();
+        char value[NUMBER_TEXT_SIZE] = {};
+        const std::size_t value_length = point_value_length(value, sizeof value, p, f);
+        const std::uint32_t alarm = point_alarm(p);
+        const std::uint32_t mark = point_min(p) != 0 ? 1 : point_max(p) != 0 ? 2 : 0;
+        const std::size_t tail_length = tails.length[alarm][mark];
+        char* row = rows + used;
+        if (index.length + value_length + tail_length + 2 < LINE_BUFFER_SIZE) {
+            // Whole buffers are copied where that is cheaper than measured
+            // copies; the line's room behind the row takes what is past it.
+            *row++ = ',';
+            std::memcpy(row, index.text, sizeof index.text);
+            row += index.length;
+            *row++ = ',';
+            std::memcpy(row, value, sizeof value);
+            row += value_length;
+            if (tail_length <= SHORT_TAIL) {
+                std::memcpy(row, tails.text[alarm][mark], SHORT_TAIL);
+            } else {
+                std::memcpy(row, tails.text[alarm][mark], tail_length);
+            }
+            used = static_cast<std::size_t>(row + tail_length - rows);
+        } else {  // a row cut at the end of its line
+            TextBuilder line(row, LINE_BUFFER_SIZE);
+            line.put(',');
+            line.put_int(static_cast<int>(i + 1));
+            line.put(',');
+            line.put(value);
+            line.put(std::string_view(tails.text[alarm][mark], tail_length));
+            used += line.len;
+        }
+        if (sizeof rows - used < LINE_BUFFER_SIZE) {
+            if (csv_write(std::string_view(rows, used), sink) == 0) return 0;
+            used = 0;
+        }
     }
+    if (used != 0 && csv_write(std::string_view(rows, used), sink) == 0) return 0;
     return more == 1 ? write_column_titles(session.gage_type, sink) : 1;
 }
 

@@ -70,6 +70,8 @@ PointFormat point_format(const DlSession& session, const ReadingRecord& reading)
 // The thickness text of a B-scan point: "--.---" for a lost signal, nothing
 // for a position without a reading, else the thickness.
 void point_value_text(char* out, std::size_t size, const BscanPoint& p, const PointFormat& f);
+// The same, returning the length of the text.
+std::size_t point_value_length(char* out, std::size_t size, const BscanPoint& p, const PointFormat& f);
 
 // The point table of a B-scan (store.bscan and its points) under its title
 // line, in the number format of the merged reading's setup; then, when `more`

@@ -20,8 +20,9 @@
 
 namespace ugf {
 
-inline constexpr std::size_t FILE_PAGE_SIZE = 4096;
-inline constexpr std::size_t FILE_PAGE_COUNT = 512;  // 2 MiB of cache
+// Pages of 64 KiB: a walk through a large file reads it in few system calls.
+inline constexpr std::size_t FILE_PAGE_SIZE = 65536;
+inline constexpr std::size_t FILE_PAGE_COUNT = 32;  // 2 MiB of cache
 
 // A direct-mapped cache of file pages. Each entry remembers which opening of
 // the stream (its generation) and which page it holds, and how many bytes of

@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <memory>
 
-#include "base/text_memo.h"
 #include "file/field.h"
 #include "file/file_map.h"
 #include "file/records.h"
@@ -30,11 +29,10 @@ inline constexpr int SPLIT_C2_MAX = 18;
 inline constexpr int SPLIT_C1_MAX = 19;
 inline constexpr int SPLIT_C0_MAX = 20;
 
-// The texts a conversion remembers (see base/text_memo.h and
-// ident/id_spec.h); too large for the session itself.
+// The texts a conversion remembers (see ident/id_spec.h); too large for
+// the session itself.
 struct SessionMemos {
     RecentTexts id_texts{};
-    RowMemos rows{};
 };
 
 struct DlSession {

@@ -1,10 +1,12 @@
 #include "present/number_format.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include "base/bits.h"
 #include "base/console.h"
+#include "base/text_builder.h"
 #include "base/labels.h"
 
 namespace ugf {
@@ -13,37 +15,17 @@ namespace {
 
 // Appends to a caller's buffer without ever passing its end; the text stays
 // terminated after every step.
-struct TextOut {
-    char* out;
-    std::size_t size;
-    std::size_t len = 0;
-
-    TextOut(char* buffer, std::size_t buffer_size) : out(buffer), size(buffer_size) {
-        if (size > 0) out[0] = '\0';
-    }
-    void put(char c) {
-        if (len + 1 < size) {
-            out[len++] = c;
-            out[len] = '\0';
-        }
-    }
-    // Up to n characters of s, stopping at its terminator.
-    void put(const char* s, std::size_t n) {
-        for (std::size_t k = 0; k < n && s[k] != '\0'; ++k) put(s[k]);
-    }
-    void put(const char* s) { put(s, std::strlen(s)); }
-};
+using TextOut = TextBuilder;
 
 // The instrument's digit cut: the first `keep` characters of the scratch
 // text, then "." and the next `decimals` characters when `decimals` is not 0.
 // A scratch text shorter than that gives what it has.
-void cut_digits(TextOut& o, const char* scratch, int keep, int decimals) {
-    const std::size_t length = std::strlen(scratch);
+void cut_digits(TextOut& o, const char* scratch, std::size_t length, int keep, int decimals) {
     const std::size_t head = std::min<std::size_t>(static_cast<std::size_t>(std::max(keep, 0)), length);
-    o.put(scratch, head);
+    o.put(std::string_view(scratch, head));
     if (decimals != 0) {
         o.put('.');
-        o.put(scratch + head, static_cast<std::size_t>(std::max(decimals, 0)));
+        o.put(std::string_view(scratch + head, std::min<std::size_t>(static_cast<std::size_t>(std::max(decimals, 0)), length - head)));
     }
 }
 
@@ -124,10 +106,57 @@ std::uint32_t truncate_to_u32_low(double x) {
     return static_cast<std::uint32_t>(static_cast<std::uint64_t>(static_cast<std::int64_t>(x)));
 }
 
-void format_thickness(char* out, std::size_t size, std::int32_t value, std::uint32_t units,
-                      std::uint32_t resolution, DigitLayout layout, std::uint32_t doubled,
-                      std::uint32_t meas_mode) {
-    TextOut o(out, size);
+// digit_field's work, inlined into the length texts that use it.
+[[gnu::always_inline]] inline std::size_t make_digit_field(char* out, std::uint32_t a, int width,
+                                                           int precision, bool blank) {
+    if (a < 100000000 && width >= 0 && width <= 8 && precision >= 0 && precision <= 8) {
+        // The usual field: the eight digits of `a` with leading zeros, two
+        // at a time, of which the last max(precision, digits) are kept,
+        // behind the blanks; made of copies of fixed length.
+        char digits[16] = {};
+        const std::uint32_t high = a / 10000;
+        const std::uint32_t low = a % 10000;
+        std::memcpy(digits, DIGIT_PAIRS + 2 * (high / 100), 2);
+        std::memcpy(digits + 2, DIGIT_PAIRS + 2 * (high % 100), 2);
+        std::memcpy(digits + 4, DIGIT_PAIRS + 2 * (low / 100), 2);
+        std::memcpy(digits + 6, DIGIT_PAIRS + 2 * (low % 100), 2);
+        const int n = a == 0 ? 0 : decimal_digit_count(a);
+        const int body = std::max(precision, n);
+        char text[32];
+        char* at = text;
+        if (blank) *at++ = ' ';
+        std::memset(at, ' ', 8);
+        at += std::max(width - body, 0);
+        std::memcpy(at, digits + 8 - body, 8);
+        at += body;
+        const std::size_t length = std::min<std::size_t>(static_cast<std::size_t>(at - text), DIGIT_FIELD_SIZE - 1);
+        std::memcpy(out, text, DIGIT_FIELD_SIZE - 1);
+        out[length] = '\0';
+        return length;
+    }
+    // The whole text first: the blank, blanks up to the width, zeros up to
+    // the precision, the digits; then its first DIGIT_FIELD_SIZE - 1 characters.
+    char text[16] = {};
+    char* at = text;
+    if (blank) *at++ = ' ';
+    const int n = a == 0 ? 0 : decimal_digit_count(a);
+    const int body = std::max(std::clamp(precision, 0, 12), n);
+    at = repeat(at, ' ', std::clamp(width, 0, 12) - body);
+    at = repeat(at, '0', body - n) + n;
+    write_decimal_digits(at, a, n);
+    const std::size_t length = std::min<std::size_t>(static_cast<std::size_t>(at - text), DIGIT_FIELD_SIZE - 1);
+    std::memcpy(out, text, DIGIT_FIELD_SIZE - 1);  // a fixed copy is cheaper than a measured one
+    out[length] = '\0';
+    return length;
+}
+
+std::size_t digit_field(char* out, std::uint32_t a, int width, int precision, bool blank) {
+    return make_digit_field(out, a, width, precision, blank);
+}
+
+std::size_t format_thickness(char* out, std::size_t size, std::int32_t value, std::uint32_t units,
+                             std::uint32_t resolution, DigitLayout layout, std::uint32_t doubled,
+                             std::uint32_t meas_mode) {
     const bool negative = value < 0;
     // The magnitude is unsigned 32-bit: doubling and the addend wrap at 2^32.
     std::uint32_t a = negative ? 0u - static_cast<std::uint32_t>(value) : static_cast<std::uint32_t>(value);
@@ -141,20 +170,38 @@ void format_thickness(char* out, std::size_t size, std::int32_t value, std::uint
     if (negative) {
         // The sign takes the free leading position; once rounding has carried
         // into a new digit the text is one character longer instead.
-        o.put('-');
         width -= 1;
         if (a < row.threshold) keep -= 1;
     }
-
-    char scratch[7];
-    if (row.cp_format) {
-        format_text_bounded(scratch, sizeof scratch, " %*.*lu", width, row.digits,
-                            static_cast<unsigned long>(a));
-    } else {
-        format_text_bounded(scratch, sizeof scratch, "%*.5lu", width, static_cast<unsigned long>(a));
+    char scratch[16] = {};  // the field, and room for the fixed copies below
+    const std::size_t length =
+        make_digit_field(scratch, a, width, row.cp_format ? row.digits : 5, row.cp_format);
+    // The sign, the first `keep` characters of the field, then "." and the
+    // next `decimals` characters when there are decimals.
+    const std::size_t head = std::min<std::size_t>(static_cast<std::size_t>(std::max(keep, 0)), length);
+    const std::size_t tail = row.decimals == 0 ? 0 : std::min<std::size_t>(static_cast<std::size_t>(row.decimals), length - head);
+    if (size >= 16) {
+        // Room for the longest text (sign, field and point) and for copies
+        // of fixed length, which cost less than measured ones: written in
+        // place, each copy's surplus overwritten or left past the end.
+        char* at = out;
+        if (negative) *at++ = '-';
+        std::memcpy(at, scratch, DIGIT_FIELD_SIZE - 1);
+        at += head;
+        if (row.decimals != 0) {
+            *at++ = '.';
+            std::memcpy(at, scratch + head, DIGIT_FIELD_SIZE - 1);
+            at += tail;
+        }
+        *at = '\0';
+        return static_cast<std::size_t>(at - out);
     }
-    cut_digits(o, scratch, keep, row.decimals);
+    TextOut o(out, size);
+    if (negative) o.put('-');
+    cut_digits(o, scratch, length, keep, row.decimals);
+    return o.len;
 }
+
 
 void format_encoder_step(char* out, std::size_t size, std::uint32_t encoder_index,
                          std::uint32_t step_code, std::uint32_t units, std::uint32_t custom_res) {
@@ -179,7 +226,7 @@ void format_encoder_step(char* out, std::size_t size, std::uint32_t encoder_inde
     format_text_bounded(scratch, sizeof scratch, "%*.5lu", width, static_cast<unsigned long>(s));
     char digits[NUMBER_TEXT_SIZE];
     TextOut d(digits, sizeof digits);
-    cut_digits(d, scratch, keep, decimals);
+    cut_digits(d, scratch, std::strlen(scratch), keep, decimals);
     format_text_bounded(out, size, "%s %s", digits, units == 1 ? "MM" : "IN");
 }
 
@@ -218,7 +265,7 @@ void format_scan_scale(char* out, std::size_t size, std::int32_t value, std::uin
         keep = units == 0 ? 2 : 3;
         decimals = units == 0 ? 3 : 2;
     }
-    cut_digits(o, scratch, keep, decimals);
+    cut_digits(o, scratch, std::strlen(scratch), keep, decimals);
 }
 
 void format_time_us(char* out, std::size_t size, std::int32_t value) {
@@ -228,9 +275,9 @@ void format_time_us(char* out, std::size_t size, std::int32_t value) {
     // At least five digits: the last two are dropped, two decimals remain.
     const std::size_t length = std::strlen(scratch);
     if (length < 5) return;
-    o.put(scratch, length - 4);
+    o.put_prefix(scratch, length - 4);
     o.put('.');
-    o.put(scratch + (length - 4), 2);
+    o.put_prefix(scratch + (length - 4), 2);
     o.put(" US");
 }
 
@@ -240,7 +287,7 @@ void format_frequency_mhz(char* out, std::size_t size, std::uint16_t tenths_mhz)
     format_text_bounded(scratch, sizeof scratch, "%d", static_cast<int>(tenths_mhz));
     const std::size_t length = std::strlen(scratch);
     if (length == 0) return;
-    o.put(scratch, length - 1);
+    o.put_prefix(scratch, length - 1);
     o.put('.');
     o.put(scratch[length - 1]);
     o.put(" MHZ");
@@ -264,22 +311,29 @@ void format_tenths(char* out, std::size_t size, std::uint16_t value) {
 #pragma GCC diagnostic ignored "-Wformat"
     format_text_bounded(scratch, sizeof scratch, "%03.3d", static_cast<int>(value));
 #pragma GCC diagnostic pop
-    o.put(scratch, 2);
+    o.put_prefix(scratch, 2);
     o.put('.');
-    o.put(scratch + std::min<std::size_t>(2, std::strlen(scratch)), 1);
+    o.put_prefix(scratch + std::min<std::size_t>(2, std::strlen(scratch)), 1);
 }
 
 void format_gain_setting(char* out, std::size_t size, std::uint16_t mode, std::uint16_t db) {
     TextOut o(out, size);
     if (mode == 4) {
+        // "%-2dDB" in a buffer of NUMBER_TEXT_SIZE, then the marks.
         char scratch[NUMBER_TEXT_SIZE];
-        format_text_bounded(scratch, sizeof scratch, "%-2dDB", static_cast<int>(db));
-        o.put(scratch);
+        TextBuilder s(scratch, sizeof scratch);
+        s.put_int(db, 2, -1, true);
+        s.put("DB");
+        o.put(s.view());
         if (db == 0) o.put(" MIN");
         if (db == 94) o.put(" MAX");
         return;
     }
-    format_text_bounded(out, size, "%-4.4s", ui_text(UI_GAIN_MODE + static_cast<std::int64_t>(mode)));
+    // "%-4.4s": the first four characters of the name, blanks up to four.
+    const char* name = ui_text(UI_GAIN_MODE + static_cast<std::int64_t>(mode));
+    const std::size_t n = strnlen(name, 4);
+    o.put(std::string_view(name, n));
+    for (std::size_t k = n; k < 4; ++k) o.put(' ');
 }
 
 void format_velocity(char* out, std::size_t size, std::uint32_t value, std::uint32_t units) {
@@ -295,10 +349,38 @@ void format_temperature(char* out, std::size_t size, std::int32_t fahrenheit, st
     if (metric != 0) {
         const float f = static_cast<float>(fahrenheit);
         const float celsius = ((f - 32.0f) * 5.0f + 4.0f) / 9.0f;
-        format_text_bounded(out, bound, "% 4.1f C", static_cast<double>(celsius));
+        TextBuilder o(out, bound);  // "% 4.1f C"
+        put_one_decimal(o, celsius);
+        o.put(" C");
     } else {
-        format_text_bounded(out, bound, "%4i F", static_cast<int>(fahrenheit));
+        TextBuilder o(out, bound);  // "%4i F"
+        o.put_int(fahrenheit, 4);
+        o.put(" F");
     }
+}
+
+void put_one_decimal(TextBuilder& o, float value) {
+    // Rounded to tenths as printf rounds: from the exact binary value, a tie
+    // to the even tenth. A float's 24 bits times ten are exact in a double,
+    // and so is the fraction that floor leaves.
+    const double magnitude = std::fabs(static_cast<double>(value));
+    if (!(magnitude < 1e8)) {  // large or not a number: printf itself
+        char text[64];
+        format_text_bounded(text, sizeof text, "% 4.1f", static_cast<double>(value));
+        o.put(text);
+        return;
+    }
+    const double tenths = magnitude * 10.0;
+    const double whole = std::floor(tenths);
+    const double fraction = tenths - whole;
+    auto q = static_cast<std::uint64_t>(whole);
+    if (fraction > 0.5 || (fraction == 0.5 && (q & 1u) != 0)) ++q;
+    // A sign or the blank of the " " flag, the digits, the point and the
+    // tenth: never shorter than the width of 4.
+    o.put(std::signbit(value) ? '-' : ' ');
+    o.put_int(static_cast<std::int64_t>(q / 10));
+    o.put('.');
+    o.put(static_cast<char>('0' + q % 10));
 }
 
 void format_temp_coefficient(char* out, std::size_t size, std::int32_t value) {

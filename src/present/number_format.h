@@ -12,6 +12,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/text_builder.h"
+
 namespace ugf {
 
 // A buffer of this size holds any text made here.
@@ -46,9 +48,17 @@ std::uint32_t truncate_to_u32_low(double x);
 // gauge). `units` 0 inch, 1 millimetre, 2 microsecond (3 takes the rows of 1
 // and 2); `doubled` 1 doubles the magnitude except for microseconds. The
 // positive text keeps one leading position for the sign: " 1.235", "-1.235".
-void format_thickness(char* out, std::size_t size, std::int32_t value, std::uint32_t units,
-                      std::uint32_t resolution, DigitLayout layout, std::uint32_t doubled,
-                      std::uint32_t meas_mode);
+// Returns the length of the text.
+std::size_t format_thickness(char* out, std::size_t size, std::int32_t value, std::uint32_t units,
+                             std::uint32_t resolution, DigitLayout layout, std::uint32_t doubled,
+                             std::uint32_t meas_mode);
+
+// The digit field of a length: `a` as printf's "%*.*lu" (after one blank
+// when `blank`) prints it into DIGIT_FIELD_SIZE bytes, from which the
+// digits of the text are cut. Widths and precisions from 0 to 12. Returns
+// the length.
+inline constexpr std::size_t DIGIT_FIELD_SIZE = 7;
+std::size_t digit_field(char* out, std::uint32_t a, int width, int precision, bool blank);
 
 // Distance of `step_code` encoder counts with its unit: "0.8898 IN",
 // "22.602 MM". Index 3 uses custom_res x 100 as its step. An index above 3
@@ -97,6 +107,9 @@ void format_velocity(char* out, std::size_t size, std::uint32_t value, std::uint
 // the Celsius value computed in single precision: " 20.4 C". At most 9
 // characters.
 void format_temperature(char* out, std::size_t size, std::int32_t fahrenheit, std::uint32_t metric);
+
+// printf's "% 4.1f" of a single-precision value, at the end of `o`.
+void put_one_decimal(TextBuilder& o, float value);
 
 // Temperature coefficient of a count of 0.00001, computed in single
 // precision: -1500 gives "-0.01500". At most 9 characters.

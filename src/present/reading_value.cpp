@@ -5,6 +5,7 @@
 
 #include "present/flaw_row.h"
 #include "present/number_format.h"
+#include "base/text_builder.h"
 
 namespace ugf {
 
@@ -50,16 +51,22 @@ void thickness_cell_text(ThicknessCell& cell, const ReadingRecord& reading, int 
         cell[1] = '\0';
         return;
     }
-    std::array<char, NUMBER_TEXT_SIZE> text{};
+    // The value as "%s" would print it into NUMBER_TEXT_SIZE bytes, then
+    // the comma, for which the cell has the last byte.
+    char* text = cell.data();
     if (los(reading) != 0) {
-        format_text_bounded(text.data(), text.size(), "%s", layout == LAYOUT_PRECISION ? "-.---" : "--.---");
+        TextBuilder(text, NUMBER_TEXT_SIZE).put(layout == LAYOUT_PRECISION ? "-.---" : "--.---");
     } else if (velocity_cell != nullptr) {
-        format_text_bounded(text.data(), text.size(), "%s", velocity_cell);
+        TextBuilder(text, NUMBER_TEXT_SIZE).put(velocity_cell);
     } else {
-        format_thickness(text.data(), text.size(), thickness_length(reading), units(reading), resolution(reading),
+        format_thickness(text, NUMBER_TEXT_SIZE, thickness_length(reading), units(reading), resolution(reading),
                          static_cast<DigitLayout>(layout), 0, meas_mode);
     }
-    format_text_bounded(cell.data(), cell.size(), comma == 1 ? "%s," : "%s", text.data());
+    if (comma == 1) {
+        const std::size_t n = std::strlen(text);
+        text[n] = ',';
+        text[n + 1] = '\0';
+    }
 }
 
 int print_thickness_cell(const ReadingRecord& reading, CsvSink& sink, int comma, int layout,

@@ -1,5 +1,8 @@
 #include "store/scan.h"
 
+#include <array>
+#include <tuple>
+
 namespace ugf {
 
 namespace {
@@ -65,7 +68,15 @@ int read_ascan_flaw_into(DlSession& session, std::uint64_t offset, const AscanTa
     a.sample_count = f.u16(30);
     a.bracket_2 = f.u16(32);
     if (f.ok == 0 || a.sample_count > SCAN_SAMPLES_MAX) return 0;
-    for (std::size_t i = 0; i < a.sample_count && f.ok != 0; ++i) {
+    // The waveform at once when one cached page holds it (as read_byte_pairs).
+    std::array<std::uint8_t, 2 * SCAN_SAMPLES_MAX> wave;
+    const bool whole =
+        read_in_page(session.dl_stream, offset + 34, wave.data(), 2 * std::size_t{a.sample_count}) == 1;
+    for (std::size_t i = 0; whole && i < a.sample_count; ++i) {
+        t.max_samples[i] = wave[2 * i];
+        t.min_samples[i] = wave[2 * i + 1];
+    }
+    for (std::size_t i = 0; !whole && i < a.sample_count && f.ok != 0; ++i) {
         const std::uint8_t b0 = f.u8(34 + 2 * i);
         const std::uint8_t b1 = f.u8(35 + 2 * i);
         if (f.ok == 0) break;
@@ -133,6 +144,17 @@ int read_byte_pairs(DlStream& stream, std::uint64_t offset, SampleStore& samples
                     std::uint16_t byte_count) {
     // An odd count fills one entry more than it names.
     if (byte_count > samples.size()) return 0;
+    // The pairs inside one cached page that the file fills are taken at
+    // once; any others byte by byte, so that a failed read keeps its place.
+    std::array<std::uint8_t, std::tuple_size_v<SampleStore> + 1> bytes;
+    const std::size_t whole = (std::size_t{byte_count} + 1) & ~std::size_t{1};
+    if (whole <= bytes.size() && read_in_page(stream, offset, bytes.data(), whole) == 1) {
+        for (std::size_t k = 0; k < byte_count; k += 2) {
+            samples[k] = bytes[k + 1];
+            samples[k + 1] = bytes[k];
+        }
+        return 1;
+    }
     FieldRun f{stream, offset};
     for (std::size_t k = 0; k < byte_count; k += 2) {
         const std::uint8_t b0 = f.u8(k);

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "base/csv_row.h"
-#include "base/text_memo.h"
 #include "support/scratch.h"
 
 namespace ugf {
@@ -44,18 +43,6 @@ TEST(CsvRow, PiecesBeyondTheBufferComeOutWhole) {
     const std::string half(CsvRow::CAPACITY / 2 + 1, 'y');
     EXPECT_EQ(row_of({"a", long_piece, "b"}), "a" + long_piece + "b");
     EXPECT_EQ(row_of({half, half, half}), half + half + half);
-}
-
-TEST(TextMemo, HoldsATextOnlyForItsOwnKey) {
-    TextMemo<2, 8, 4> memo;
-    const decltype(memo)::Key key = {1, 2};
-    auto& entry = memo.slot(key);
-    EXPECT_FALSE(memo_holds(entry, key));
-    memo_store(entry, key, "0123456789");  // kept to the slot's 7 characters
-    EXPECT_TRUE(memo_holds(memo.slot(key), key));
-    EXPECT_EQ(memo.slot(key).view(), "0123456");
-    const decltype(memo)::Key other = {2, 1};
-    EXPECT_FALSE(memo_holds(memo.slot(other), other));
 }
 
 }  // namespace
