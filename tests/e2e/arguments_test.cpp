@@ -63,33 +63,5 @@ TEST(Arguments, CountsLettersAndNamesGiveTheirLinesAndStatusOne) {
     }
 }
 
-TEST(Arguments, NameChecksComeBeforeTheFileIsTouched) {
-    ScratchDir dir;
-    test::ImageBuilder image;
-    image.u16(2, 24).u16(4, 2).resize(6000);
-    image.save(dir.file("plant7.UgF"));
-    test::RunResult run = run_converter_binary({dir.file("plant7.UgF"), "d", "v"});
-    EXPECT_EQ(run.console, NOT_UGF);
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(test::read_file(dir.file("plant7.UgF")).value(),
-              std::string(image.bytes.begin(), image.bytes.end()));
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path),
-                            std::filesystem::directory_iterator()),
-              1);
-}
-
-TEST(Arguments, MissingFileFailsAtTheOpenAndLeavesAnOlderOutputUntouched) {
-    ScratchDir dir;
-    {
-        std::FILE* old = std::fopen(dir.file("gone_detailed_output.csv").c_str(), "w");
-        std::fputs("older output\n", old);
-        std::fclose(old);
-    }
-    test::RunResult run = run_converter_binary({dir.file("gone.ugf"), "d", "a"});
-    EXPECT_EQ(run.console, OPEN_FAILED);
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(test::read_file(dir.file("gone_detailed_output.csv")).value(), "older output\n");
-}
-
 }  // namespace
 }  // namespace ugf

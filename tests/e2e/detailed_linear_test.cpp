@@ -131,24 +131,5 @@ TEST(DetailedLinear, StuckWalkEndsWithTheFile) {
     expect_fails_after(image, "g", "S1, 1.235\nS1, 1.235\nS1, 1.235\nS1, 1.235\n");
 }
 
-// A sound walk of a file cut at a slot boundary reads every slot there is and
-// then reports the missing one: the bound on visits never hides that line.
-TEST(DetailedLinear, FileCutAtASlotBoundaryReportsTheMissingSlot) {
-    SurveyHeader h = survey_header(0, 5, "S");
-    set_ranges(h, {{"1", "9"}});
-    ImageBuilder image = survey_image(h);
-    for (std::uint32_t i = 0; i < 3; ++i) write_slot(image, 0, i, gauge_record({.resolution = 1, .thickness = 12345}));
-    image.resize(slot_at(0, 3));
-    for (const char* form : {"d", "g"}) {
-        const Conversion c = convert(image, form);
-        EXPECT_EQ(c.run.console,
-                  "STATUS: Opening Datalogger Session...\n"
-                  "STATUS: Exporting Data Logger File...\n"
-                  "ERROR: FS_READ_ERROR.\n"
-                  "ERROR: Operation failed!\n")
-            << form;
-    }
-}
-
 }  // namespace
 }  // namespace ugf::test

@@ -55,33 +55,5 @@ TEST(DetailedWalks, EveryPatternWithTheColumnFirst) {
     }
 }
 
-// A "3D" box of columns A, B, rows 1 to 3 and points 1, 2 walked as "ZIGZAG"
-// with the increment order column, point, row: the point turns back at every
-// other column pass, the row only moves when both have run out.
-TEST(DetailedWalks, ThreeDimensionZigzag) {
-    SurveyHeader h = survey_header(4, 5);
-    h.id_count = 12;
-    set_ranges(h, {{"1", "2"}, {"1", "3"}, {"A", "B"}});
-    h.first_inc = 3;
-    h.second_inc = 1;
-    h.third_inc = 2;
-    h.walk_pattern = 2;
-    ImageBuilder image = survey_image(h);
-    image.resize(slot_at(4, 12));
-
-    std::string table;
-    for (const char* id : {"A11", "B11", "B12", "A12", "A22", "B22", "B21", "A21", "A31", "B31",
-                           "B32", "A32"}) {
-        table += std::string(id) + ",,,,,,,,,,,,,,,,,\n";
-    }
-    expect_converts(
-        image, "d",
-        PREAMBLE_CORROSION +
-            "PREFIX,START COL,START ROW,START POINT,END COL,END ROW,END POINT,1ST INC,2ND INC,"
-            "COL STEP,ROW STEP,POINT STEP,PATTERN,# ID,# SETUP,# NOTES,CREATED,LAST SAVED\n"
-            "FILE-NAME.CSV,3D,29,,A,1,1,B,3,2,COL,POINT,1,1,1,ZIGZAG,12,0," + STAMPS +
-            IDENTITY_EMPTY + NOTES_EMPTY + TITLES_CORROSION + table + SETUP_TITLES_CORROSION);
-}
-
 }  // namespace
 }  // namespace ugf::test

@@ -5,12 +5,8 @@
 // have no reading slots, so their runs end at the first reading.
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <functional>
 #include <string>
 
-#include "detailed/header_values.h"
-#include "detailed/preamble.h"
 #include "support/scratch.h"
 #include "support/survey_image.h"
 
@@ -33,6 +29,10 @@ const std::string NAMES = "FILENAME,TYPE,FILE VERSION,";
 const std::string TAIL = "PATTERN,# ID,# SETUP,# NOTES,CREATED,LAST SAVED";
 const std::string STAMPS = ",16,0/0/65516 0:0,0/0/65516 0:0\n\n";
 const std::string NO_IDENTITY = "DESCRIPTION:,\nLOCATION:,\nINSPECTOR ID:,\n";
+// Every survey here has three notes. A note of 32 characters has its
+// terminator in the next row's first byte; the output writes "%%" as "%".
+const std::string NOTES = "\nNOTES DESIGNATOR,NOTE TEXT\nA,CORROSION UNDER INSULATION\nB,\nC,\nD," + std::string(32, 'N') +
+                          "\nE,\nF,\nG,\nH,\nI,\nJ,\nK,\nL,\nM,\nN,\nO,\nP,50% WALL LOSS\n";
 
 struct HeadCase {
     const char* name;
@@ -161,7 +161,7 @@ std::vector<HeadCase> head_cases() {
                              TAIL + "\n" + "FILE-NAME.CSV,3D-MANUAL,29,3,2,4,5,2,4,DIM3,DIM2,REVERSE,40,1" + STAMPS +
                              "DIM1 LABELS:\nTOP,\nBOTTOM,\n\nDIM2 LABELS:\nN,\nNE,\nE,\nSE,\nS,\n\n"
                              "DIM3 LABELS:\nP1,\nP2,\nP3,\nP4,\n\n" +
-                             NO_IDENTITY});
+                             NO_IDENTITY + NOTES});
     }
     {
         // The unused dimension 3 writes no label block; an identifier count
@@ -182,13 +182,27 @@ std::vector<HeadCase> head_cases() {
                              TAIL + "\n" + "FILE-NAME.CSV,4D-MANUAL,29,5,0,3,1,1,1,1,2,DIM4,DIM3,DIM2,REVERSE ZIGZAG,0,0" +
                              STAMPS + "DIM2 LABELS:\nDECK,\n\nDIM3 LABELS:\nMID,\n\nDIM4 LABELS:\nL,\nR,\n\n" + NO_IDENTITY});
     }
+    {
+        // LINEAR writes its head with the body; without points the last
+        // identifier has no text.
+        SurveyHeader h = header(0, 5);
+        h.prefix = "TK";
+        h.setup_count = 0;
+        cases.push_back({"LINEAR without points", h,
+                         UFH_CORROSION + NAMES + "PREFIX,START COL,END COL,COL STEP," + TAIL +
+                             "\nFILE-NAME.CSV,LINEAR,29,TK,,,0,STANDARD,0,0" + STAMPS + NO_IDENTITY + NOTES});
+    }
     return cases;
 }
 
 TEST(DetailedHead, EveryFileTypeWithAnExport) {
     for (const HeadCase& c : head_cases()) {
         test::ScratchDir dir;
-        test::survey_image(c.header).save(dir.file("survey.ugf"));
+        ImageBuilder image = test::survey_image(c.header);
+        test::write_note(image, c.header.file_type, 0, "CORROSION UNDER INSULATION");
+        test::write_note(image, c.header.file_type, 3, std::string(32, 'N'));
+        test::write_note(image, c.header.file_type, 15, "50%% WALL LOSS");
+        image.save(dir.file("survey.ugf"));
         const test::RunResult run = test::run_converter_binary({dir.file("survey.ugf"), "d", "v"});
         const std::string output = test::read_output(dir.file("survey_detailed_output.csv")).value_or("<none>");
         EXPECT_EQ(output.substr(0, c.head.size()), c.head) << c.name;
@@ -209,67 +223,6 @@ TEST(DetailedHead, TypesWithoutAnExportLeaveAnEmptyFile) {
             EXPECT_EQ(run.status, 1) << type << form;
         }
     }
-}
-
-// What `write` puts into the output when the image is opened as the session.
-std::string written_by(const ImageBuilder& image, const std::function<int(DlSession&, CsvSink&)>& write) {
-    test::ScratchDir dir;
-    image.save(dir.file("survey.ugf"));
-    static DlSession session;
-    EXPECT_EQ(open_datalogger_session(session, dir.file("survey.ugf").c_str()), 1);
-    CsvSink sink{std::fopen(dir.file("out.csv").c_str(), "wb"), 0};
-    EXPECT_EQ(write(session, sink), 1);
-    std::fclose(sink.stream);
-    dl_close(session.stream);
-    return test::read_file(dir.file("out.csv")).value_or("<none>");
-}
-
-int names_and_values(DlSession& session, CsvSink& sink) {
-    char buffer[HEADER_BUFFER_MAX] = {};
-    return write_column_names(buffer, header_buffer_size(session.file_type), session.file_type, sink) &&
-           write_header_values(session, sink);
-}
-
-// LINEAR and MANUAL files write their head with the body; the names and
-// values are the same writers'.
-TEST(DetailedHead, LinearAndManualNamesAndValues) {
-    SurveyHeader linear = header(0, 5);
-    linear.prefix = "TK";
-    test::set_ranges(linear, {{"001", "120"}});
-    linear.setup_count = 2;
-    SurveyHeader empty_linear = header(0, 5);
-    empty_linear.prefix = "TK";
-    empty_linear.setup_count = 0;
-    SurveyHeader manual = header(8, 6);
-    manual.prefix = "M-";
-    manual.walk_pattern = 1;
-    manual.setup_count = 4;
-    const std::string linear_names = "PREFIX,START COL,END COL,COL STEP," + TAIL + "\n";
-    const struct {
-        const char* name;
-        SurveyHeader header;
-        std::string text;
-    } cases[] = {
-        {"LINEAR", linear, linear_names + "FILE-NAME.CSV,LINEAR,29,TK,001,120,1,STANDARD,120,2" + STAMPS},
-        // No points: the last identifier has no text.
-        {"LINEAR without points", empty_linear, linear_names + "FILE-NAME.CSV,LINEAR,29,TK,,,0,STANDARD,0,0" + STAMPS},
-        {"MANUAL", manual, "PREFIX," + TAIL + "\n" + "FILE-NAME.CSV,MANUAL,29,M-,REVERSE,0,4" + STAMPS},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(written_by(test::survey_image(c.header), names_and_values), c.text) << c.name;
-    }
-}
-
-TEST(DetailedHead, NoteListShowsSixteenRowsAtTheirStoredLength) {
-    ImageBuilder image = test::survey_image(header(11, 5));
-    test::write_note(image, 11, 0, "CORROSION UNDER INSULATION");
-    test::write_note(image, 11, 3, std::string(32, 'N'));  // its terminator is row 4's first byte
-    test::write_note(image, 11, 15, "50%% WALL LOSS");
-    std::string expected = "\nNOTES DESIGNATOR,NOTE TEXT\nA,CORROSION UNDER INSULATION\nB,\nC,\nD," +
-                           std::string(32, 'N') + "\n";
-    for (char letter = 'E'; letter <= 'O'; ++letter) expected += std::string(1, letter) + ",\n";
-    expected += "P,50% WALL LOSS\n";
-    EXPECT_EQ(written_by(image, write_note_list), expected);
 }
 
 }  // namespace

@@ -137,20 +137,6 @@ TEST(Grid, TablesOfEveryShape) {
     for (const auto& c : cases) expect_grid(with_readings(c.header, c.points), c.grid, c.name);
 }
 
-TEST(Grid, CellsFollowPositionsNotTheWalk) {
-    const std::string standard = ",A,,,B,,,\n,X,Y,Z,X,Y,Z,\n1," + cells({0, 1, 2, 6, 7, 8}) + ",\n2," +
-                                 cells({3, 4, 5, 9, 10, 11}) + ",\n";
-    for (std::uint32_t pattern : {0u, 1u, 2u, 3u}) {
-        SurveyHeader h = three_d();
-        h.walk_pattern = pattern;
-        h.first_inc = 3;
-        h.second_inc = 1;
-        h.third_inc = 2;
-        h.current_index = 7;
-        expect_grid(with_readings(h, 12), standard, "pattern " + std::to_string(pattern));
-    }
-}
-
 TEST(Grid, EmptySurveys) {
     const struct {
         const char* name;
@@ -167,17 +153,6 @@ TEST(Grid, EmptySurveys) {
         image.resize(test::slot_at(c.header.file_type, 6));  // room for six empty slots
         expect_grid(image, c.grid, c.name);
     }
-}
-
-TEST(Grid, AFileEndingInsideTheRecordTableBreaksOffInsideARow) {
-    // Row 01 holds the slots 0, 2 and 4; slot 4 is cut after two bytes.
-    ImageBuilder image = with_readings(survey(2, {{"01", "02"}, {"A", "C"}}), 6);
-    image.resize(test::slot_at(2, 4) + 2);
-    const Converted c = convert(image);
-    const std::string written = ",A,B,C,\n01," + cells({0, 2});
-    EXPECT_EQ(c.grid, written);
-    EXPECT_EQ(c.run.console, OPENING + EXPORTING + written + READ_ERROR + FAILED);
-    EXPECT_EQ(c.run.status, 1);
 }
 
 TEST(Grid, CellsOfEveryKindOfSlot) {

@@ -24,28 +24,17 @@ namespace ugf::test {
 // ---------------------------------------------------------------- file map
 
 // Header 0x000 (768 bytes); manual labels 0x300 (types 10 to 12 only); the
-// setup table, the notes and the record table behind them.
-std::size_t setup_table_at(std::uint32_t file_type);  // 0x0300 or 0x2240
-std::size_t setup_entry_at(std::uint32_t file_type, int entry);
-std::size_t note_table_at(std::uint32_t file_type);  // 0x1300 or 0x3240
-std::size_t note_at(std::uint32_t file_type, int row);
-std::size_t record_table_at(std::uint32_t file_type);  // 0x1500 or 0x3440
-std::size_t slot_bytes(std::uint32_t file_type);        // 16, or 37 for types 8 and 9
+// setup table (0x0300 or 0x2240), the notes (0x1300 or 0x3240) and the
+// record table (0x1500 or 0x3440) behind them. Slots are 16 bytes, or 37 in
+// types 8 and 9.
+std::size_t record_table_at(std::uint32_t file_type);
 std::size_t slot_at(std::uint32_t file_type, std::uint32_t index);
-std::size_t manual_label_at(int dimension, int j);  // 0x300 + 20 (100 d + j)
-std::size_t custom_point_label_at(int i);           // 0x0E2 + 20 i
-
-// Writes a text field of `width` bytes: the characters (cut to the width)
-// and a terminator when they leave room for one. A text of exactly `width`
-// characters therefore has no terminator inside its field.
-void put_text(ImageBuilder& image, std::size_t offset, std::string_view text, std::size_t width);
 
 // ------------------------------------------------------------------ header
 
 struct SurveyHeader {
     std::uint32_t file_version = 24;  // 0x002 u16
     std::uint32_t file_type = 0;      // 0x004 u16
-    std::uint32_t reserved_006 = 0;   // 0x006 u8
     std::uint32_t c0 = 0;             // 0x008 u8: characters of dimension 0 (last part)
     std::uint32_t c1 = 0;             // 0x00A u8: characters of dimension 1
     std::uint32_t c2 = 0;             // 0x00C u8: characters of dimension 2 (first part)
@@ -53,7 +42,6 @@ struct SurveyHeader {
     std::string start_id;             // 0x022 text 21
     std::string end_id;               // 0x038 text 21
     std::uint32_t id_count = 0;       // 0x04E u32
-    std::uint64_t reserved_058 = 0;   // 0x058 u40
     std::uint64_t current_index = 0;  // 0x05E u40
     // Steps of dimensions 0 to 3: u40 at 0x064, 0x06A, 0x070 and 0x0FC.
     std::array<std::uint64_t, 4> steps{1, 1, 1, 1};
@@ -62,7 +50,6 @@ struct SurveyHeader {
     std::string inspector_id;       // 0x09A text 33
     std::string location;           // 0x0BC text 33
     std::uint32_t gage_type = 5;    // 0x0DE u8
-    std::uint32_t reserved_0e0 = 0;  // 0x0E0 u8
     // 0x0E2 + 20 i, text 20. They share their bytes with c3, step 3,
     // fourth_inc and the label counts: a label that is not empty is written
     // after those fields and wins.
@@ -78,9 +65,6 @@ struct SurveyHeader {
     std::uint32_t second_inc = 2;      // 0x276 u8
     std::uint32_t third_inc = 3;       // 0x278 u8
     std::uint32_t elevation_unit = 0;  // 0x27A u8
-    std::uint64_t reserved_27e = 0;    // 0x27E u40
-    std::uint32_t reserved_284 = 0;    // 0x284 u32
-    std::uint32_t reserved_288 = 0;    // 0x288 u8
 };
 
 // One ranged dimension: its start and end texts and its step.
@@ -96,8 +80,6 @@ void set_ranges(SurveyHeader& header, const std::vector<DimRange>& dims);
 // Fills manual_labels and dim_label_count, dimension 0 first.
 void set_manual_labels(SurveyHeader& header, const std::vector<std::vector<std::string>>& labels);
 
-// Writes every header field (and the manual labels) of `header`.
-void write_header(ImageBuilder& image, const SurveyHeader& header);
 // An image that opens: the header, and zeros up to the record table (empty
 // setups and notes).
 ImageBuilder survey_image(const SurveyHeader& header);
@@ -142,19 +124,13 @@ struct GaugeSetupImage {
     std::uint32_t bs_res_mode = 0;        // bits 11-10
     std::uint32_t bs_encoder = 0;         // bits 9-6
     std::uint32_t bs_step_code = 0;       // bits 5-0
-    std::uint32_t reserved_54 = 0;        // 0x54 u8
     std::uint32_t coating_velocity = 0;   // 0x56 u16
     std::int32_t temp_coefficient = 0;    // 0x58 u32
     std::int32_t temp_calibration = 0;    // 0x5C u16
-    std::uint32_t reserved_5e = 0;        // 0x5E u16
     // meas_word, 0x62 u16
     std::uint32_t meas_mode = 0;          // bits 15-12
-    std::uint32_t meas_word_rest = 0;     // bits 11-0, which nothing reads
     std::uint32_t custom_encoder_res = 0;  // 0x68 u24
 };
-std::uint16_t diff_flags_of(const GaugeSetupImage& s);
-std::uint16_t option_flags_of(const GaugeSetupImage& s);
-std::uint16_t meas_word_of(const GaugeSetupImage& s);
 void write_gauge_setup(ImageBuilder& image, std::uint32_t file_type, int entry,
                        const GaugeSetupImage& s);
 
@@ -231,13 +207,6 @@ struct FlawSetupImage {
     std::uint32_t api_k_factor = 0;      // 0x64 u32, in ten-thousandths
     std::uint32_t custom_encoder_res = 0;  // 0x68, three bytes (the first has no effect)
 };
-std::uint16_t reject_word_of(const FlawSetupImage& s);
-std::uint16_t box_word_of(const FlawSetupImage& s);
-std::uint16_t gate_alarms_of(const FlawSetupImage& s);
-std::uint16_t bscan_flags_of(const FlawSetupImage& s);
-std::uint16_t dac_word_of(const FlawSetupImage& s);
-std::uint16_t mode_word_of(const FlawSetupImage& s);
-std::uint16_t display_word_of(const FlawSetupImage& s);
 void write_flaw_setup(ImageBuilder& image, std::uint32_t file_type, int entry,
                       const FlawSetupImage& s);
 
@@ -269,7 +238,6 @@ struct GaugeReading {
     std::uint32_t setup_number = 0;  // bits 15-11
     std::uint32_t resolution = 0;   // bits 10-9
     std::uint32_t echo_to_echo = 0;  // bit 4
-    std::uint32_t unread_bits = 0;  // bits 18-16 and 3-0 of word0, which nothing reads
     std::uint32_t thickness = 0;    // raw 20 bits: thick_hi (word0 bits 8-5) and thick_lo
     std::uint32_t note_mask = 0;    // bit 0 is note A
     std::uint32_t first_kind = 0;   // value_tags bits 3-2
@@ -278,8 +246,6 @@ struct GaugeReading {
     std::uint32_t min_value = 0;    // 20 bits
     std::uint32_t max_value = 0;    // 20 bits
 };
-std::uint32_t gauge_word0(const GaugeReading& r);
-std::uint16_t value_tags_of(const GaugeReading& r);
 RecordImage gauge_record(const GaugeReading& r);
 // A velocity reading: raw thickness 0xFFFFA, the velocity's low 16 bits in
 // min_lo and its bits 16 to 19 in the low bits of max_lo.
@@ -295,7 +261,6 @@ struct FlawReading {
     std::uint32_t flaw_note_mask = 0;     // bits 15-0
     std::array<std::uint32_t, 3> box_value{};  // at 4, 8, 12
 };
-std::uint32_t flaw_word0(const FlawReading& r);
 RecordImage flaw_record(const FlawReading& r);
 
 // A link record (type 2 or 4): `word0` may carry any other bits.
@@ -337,10 +302,8 @@ struct ThicknessAscanImage {
     std::int32_t mb_blank = 0;      // 1304
     std::int32_t if_blank_raw = 0;  // 1306
     std::int32_t c3_blank = 0;      // 1308
-    std::uint32_t unused_1310 = 0;  // 1310
     std::uint32_t bracket_2 = 0;    // 1312
 };
-std::uint16_t display_flags_of(const ThicknessAscanImage& a);
 void write_ascan_thickness(ImageBuilder& image, std::size_t offset, const ThicknessAscanImage& a);
 
 // A-scan block of gage type 7.
@@ -373,8 +336,6 @@ struct FlawAscanImage {
     std::uint32_t gate2_amplitude = 0;
     std::uint32_t gate2_mti = 0;
 };
-std::uint32_t flaw_ascan_word0(const FlawAscanImage& a);
-std::uint16_t scan_flags_of(const FlawAscanImage& a);
 void write_ascan_flaw(ImageBuilder& image, std::size_t offset, const FlawAscanImage& a);
 
 // One B-scan point: two 16-bit words, least significant byte first.
@@ -384,11 +345,8 @@ struct BscanPointImage {
     std::uint32_t is_min = 0;     // bit 11
     std::uint32_t is_max = 0;     // bit 10
     std::uint32_t negative = 0;   // bit 4
-    std::uint32_t unread_bits = 0;  // bits 5 and 3-0
     std::uint32_t magnitude = 0;  // 20 bits: bits 9-6 of the first word, and the second word
 };
-std::uint16_t point_first_word(const BscanPointImage& p);
-std::uint16_t point_second_word(const BscanPointImage& p);
 
 // B-scan block of every gage type. An embedded A-scan is written by the
 // caller at offset + BSCAN_ASCAN_AT.
