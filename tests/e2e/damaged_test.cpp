@@ -233,8 +233,7 @@ TEST(DamagedFiles, TitlesBeyondTheFileFailAtOnce) {
         image.save(dir.file("wide.ugf"));
         RunResult run = run_converter_binary({dir.file("wide.ugf"), "g", "a"}, "", 20);
         EXPECT_EQ(run.console,
-                  "STATUS: Opening Datalogger Session...\n"
-                  "STATUS: Exporting Data Logger File...\n"
+                  "STATUS: Opening Datalogger Session...\n" "STATUS: Exporting Data Logger File...\n"
                   "ERROR: FS_READ_ERROR.\n"
                   "ERROR: Operation failed!\n")
             << c.name;
@@ -284,8 +283,7 @@ TEST(DamagedFiles, AliasedSlotsEndWithTheFile) {
     image.save(dir.file("alias.ugf"));
     RunResult run = run_converter_binary({dir.file("alias.ugf"), "g", "a"}, "", 20);
     EXPECT_EQ(run.console,
-              "STATUS: Opening Datalogger Session...\n"
-              "STATUS: Exporting Data Logger File...\n"
+              "STATUS: Opening Datalogger Session...\n" "STATUS: Exporting Data Logger File...\n"
               "ERROR: Operation failed!\n");
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(read_output(dir.file("alias_grid_output.csv")),

@@ -74,8 +74,7 @@ TEST(DetailedLinear, ManualFileInBothForms) {
                         "PREFIX,PATTERN,# ID,# SETUP,# NOTES,CREATED,LAST SAVED\n"
                         "FILE-NAME.CSV,MANUAL,29,M-,REVERSE,4,0," + STAMPS + IDENTITY_EMPTY +
                         NOTES_EMPTY + TITLES_PRECISION +
-                        "PIPE-A7,1.2345,IN,OFF,OFF,,0,OFF,OFF,,,,,,\n"
-                        "VALVE 3,,,,,,,,,,,,,,\n"
+                        "PIPE-A7,1.2345,IN,OFF,OFF,,0,OFF,OFF,,,,,,\n" "VALVE 3,,,,,,,,,,,,,,\n"
                         ",-.---,IN,OFF,OFF,AC,0,OFF,OFF,--.---,COATING,-.----,MIN,-.----,MAX\n"
                         ",0.0500,IN,OFF,OFF,,0,OFF,OFF,,,,,,\n" +
                         SETUP_TITLES_PRECISION);

@@ -27,8 +27,7 @@ TEST(DetailedWalks, EveryPatternWithTheColumnFirst) {
         std::string name;
         std::array<int, 6> slots;
     } walks[] = {{0, "STANDARD", {0, 3, 1, 4, 2, 5}},
-                 {1, "REVERSE", {0, 5, 2, 4, 1, 3}},
-                 {2, "ZIGZAG", {0, 3, 4, 1, 2, 5}},
+                 {1, "REVERSE", {0, 5, 2, 4, 1, 3}}, {2, "ZIGZAG", {0, 3, 4, 1, 2, 5}},
                  {3, "REVERSE ZIGZAG", {0, 5, 2, 1, 4, 3}}};
     for (const auto& walk : walks) {
         SurveyHeader h = survey_header(2, 5);

@@ -113,13 +113,11 @@ TEST(Grid, TablesOfEveryShape) {
         {"2D, one point", survey(2, {{"01", "01"}, {"A", "A"}}), 1, ",A,\n01," + cells({0}) + "\n"},
         {"2D+CPT", two_d_cpt, 4, ",A,,B,,\n,IN,OUT,IN,OUT,\n1," + cells({0, 1, 2, 3}) + ",\n"},
         {"3D", three_d(), 12,
-         ",A,,,B,,,\n"
-         ",X,Y,Z,X,Y,Z,\n"
+         ",A,,,B,,,\n" ",X,Y,Z,X,Y,Z,\n"
          "1," + cells({0, 1, 2, 6, 7, 8}) + ",\n"
          "2," + cells({3, 4, 5, 9, 10, 11}) + ",\n"},
         {"BOILER", boiler, 24,
-         ",01,,02,,03,,04,,\n"
-         ",NORTH,SOUTH,NORTH,SOUTH,NORTH,SOUTH,NORTH,SOUTH,\n"
+         ",01,,02,,03,,04,,\n" ",NORTH,SOUTH,NORTH,SOUTH,NORTH,SOUTH,NORTH,SOUTH,\n"
          "10FT," + cells({0, 1, 6, 7, 12, 13, 18, 19}) + ",\n"
          "20FT," + cells({2, 3, 8, 9, 14, 15, 20, 21}) + ",\n"
          "30FT," + cells({4, 5, 10, 11, 16, 17, 22, 23}) + ",\n"},
@@ -128,9 +126,7 @@ TEST(Grid, TablesOfEveryShape) {
         // One point a group: no empty titles behind the group's title.
         {"3D-MANUAL", manual(11, {{"1"}, {"R"}, {"P", "Q"}}), 2, ",P,Q,\n,1,1,\nR," + cells({0, 1}) + ",\n"},
         {"4D-MANUAL", manual(12, {{"1", "2"}, {"E", "W"}, {"U", "L"}, {"T1", "T2"}}), 16,
-         ",T1,,,,T2,,,,\n"
-         ",U,,L,,U,,L,,\n"
-         ",1,2,1,2,1,2,1,2,\n"
+         ",T1,,,,T2,,,,\n" ",U,,L,,U,,L,,\n" ",1,2,1,2,1,2,1,2,\n"
          "E," + cells({0, 1, 4, 5, 8, 9, 12, 13}) + ",\n"
          "W," + cells({2, 3, 6, 7, 10, 11, 14, 15}) + ",\n"},
     };
@@ -144,8 +140,7 @@ TEST(Grid, EmptySurveys) {
         std::string grid;
     } cases[] = {
         {"empty slots", survey(2, {{"01", "02"}, {"A", "C"}}), ",A,B,C,\n01,,,,\n02,,,,\n"},
-        {"2D without dimensions", survey(2, {}), ",\n"},
-        {"3D without dimensions", survey(4, {}), ",\n,\n"},
+        {"2D without dimensions", survey(2, {}), ",\n"}, {"3D without dimensions", survey(4, {}), ",\n,\n"},
         {"4D-MANUAL without labels", manual(12, {}), ",\n,\n,\n"},
     };
     for (const auto& c : cases) {

@@ -110,8 +110,7 @@ TEST(SessionOpenRun, RefusedAndUndecodableHeadersPrintNoLineOfTheirOwn) {
         {"type 8, version 22", [](SurveyHeader& h) { h.file_type = 8; h.file_version = 22; }},
         {"type 6, version 21", [](SurveyHeader& h) { h.file_type = 6; h.file_version = 21; }},
         {"type 12, version 23", [](SurveyHeader& h) { h.file_type = 12; h.file_version = 23; }},
-        {"c2 of 19", [](SurveyHeader& h) { h.c2 = 19; }},
-        {"c1 of 20", [](SurveyHeader& h) { h.c1 = 20; }},
+        {"c2 of 19", [](SurveyHeader& h) { h.c2 = 19; }}, {"c1 of 20", [](SurveyHeader& h) { h.c1 = 20; }},
         {"c0 of 21", [](SurveyHeader& h) { h.c0 = 21; }},
         {"101 labels", [](SurveyHeader& h) {
              h.file_type = 10;
@@ -127,6 +126,10 @@ TEST(SessionOpenRun, RefusedAndUndecodableHeadersPrintNoLineOfTheirOwn) {
          }},
         {"description without terminator", [](SurveyHeader& h) { h.description = std::string(33, 'D'); }},
         {"start identifier without terminator", [](SurveyHeader& h) { h.start_id = std::string(21, '1'); }},
+        {"label without terminator", [](SurveyHeader& h) {
+             h.file_type = 10;
+             test::set_manual_labels(h, {{"1"}, {"A", std::string(20, 'B')}});
+         }},
     };
     for (const Case& c : cases) {
         SurveyHeader h;

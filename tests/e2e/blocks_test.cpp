@@ -1,0 +1,117 @@
+// Scan blocks behind the links of a "LINEAR" survey: the limits and flags
+// that decide whether a block reads, and a flaw reading whose amplitude
+// percent comes from its A-scan.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "detailed_support.h"
+
+namespace ugf::test {
+namespace {
+
+constexpr std::size_t BLOCK = 6000;
+
+// One point, "B1", whose slot links to a block at BLOCK.
+ImageBuilder linked(std::uint32_t gage, std::uint32_t link_type, std::uint32_t file_version = 24) {
+    SurveyHeader h = survey_header(0, gage, "B");
+    h.file_version = file_version;
+    set_ranges(h, {{"1", "1"}});
+    ImageBuilder image = survey_image(h);
+    write_slot(image, 0, 0, link_record(link_type, BLOCK));
+    return image;
+}
+
+TEST(ScanBlocks, LimitsAndFlagsDecideWhetherABlockReads) {
+    const FlawAscanImage flaw{.max_samples = {9, 8}, .min_samples = {1, 2}};
+    const ThicknessAscanImage thickness{.min_samples = {1, 2}, .max_samples = {9, 8}};
+    struct Case {
+        const char* what;
+        ImageBuilder image;
+        const char* form;
+        int outcome;  // 0 converts, 1 fails silently, 2 reads past the end
+    } cases[] = {
+        {"thickness A-scan of 318 samples", linked(5, 2), "g", 0},
+        {"thickness A-scan of 319 samples", linked(5, 2), "g", 1},
+        {"flaw A-scan of 318 samples", linked(7, 2), "g", 0},
+        {"flaw A-scan of 319 samples", linked(7, 2), "g", 1},
+        {"flaw A-scan with peak data alone", linked(7, 2), "g", 0},
+        {"flaw A-scan with DAC points and peak data cut by the end", linked(7, 2), "g", 2},
+        {"flaw A-scan before version 9 has no gate fields", linked(7, 2, 8), "g", 0},
+        {"B-scan of 10000 points", linked(5, 4), "d", 0},
+        {"B-scan of 10001 points", linked(5, 4), "d", 1},
+        {"B-scan with a whole store", linked(5, 4), "d", 0},
+        {"B-scan with an embedded A-scan", linked(7, 4), "d", 0},
+        {"B-scan whose embedded A-scan has 319 samples", linked(7, 4), "d", 1},
+        {"a block head in a slot", linked(5, 2), "d", 1},
+    };
+    // The blocks, case by case.
+    ThicknessAscanImage t = thickness;
+    t.sample_count = 318;
+    write_ascan_thickness(cases[0].image, BLOCK, t);
+    t.sample_count = 319;
+    write_ascan_thickness(cases[1].image, BLOCK, t);
+    FlawAscanImage f = flaw;
+    f.sample_count = 318;
+    write_ascan_flaw(cases[2].image, BLOCK, f);
+    f.sample_count = 319;
+    write_ascan_flaw(cases[3].image, BLOCK, f);
+    f = flaw;
+    f.peak_stored = 1;
+    f.peak_bytes = {1, 2, 3, 4};
+    write_ascan_flaw(cases[4].image, BLOCK, f);
+    f.dac_stored = 1;
+    f.sample_count = 318;
+    f.with_gates = false;
+    write_ascan_flaw(cases[5].image, BLOCK, f);
+    cases[5].image.resize(BLOCK + 900);  // the peak data at 720 needs 318 bytes
+    f = flaw;
+    f.with_gates = false;
+    write_ascan_flaw(cases[6].image, BLOCK, f);
+    cases[6].image.resize(BLOCK + 1000);
+    BscanImage b{.head = gauge_record({.record_type = 5}), .point_count = 10000};
+    write_bscan(cases[7].image, BLOCK, b);
+    cases[7].image.resize(BLOCK + BSCAN_POINTS_AT + 40000);
+    b.point_count = 10001;
+    write_bscan(cases[8].image, BLOCK, b);
+    cases[8].image.resize(BLOCK + BSCAN_POINTS_AT + 40004);
+    write_bscan(cases[9].image, BLOCK, {.head = gauge_record({.record_type = 5}), .store_full = 1});
+    b = {.head = flaw_record({.record_type = 5}), .ascan_follows = 1, .points = {{.magnitude = 5}}};
+    write_bscan(cases[10].image, BLOCK, b);
+    write_ascan_flaw(cases[10].image, BLOCK + BSCAN_ASCAN_AT, flaw);
+    write_bscan(cases[11].image, BLOCK, b);
+    f = flaw;
+    f.sample_count = 319;
+    write_ascan_flaw(cases[11].image, BLOCK + BSCAN_ASCAN_AT, f);
+    write_slot(cases[12].image, 0, 0, gauge_record({.record_type = 3}));
+
+    const std::string consoles[] = {console_of_success(), FAILED_CONSOLE,
+                                    console_of_success("ERROR: FS_READ_ERROR.\nERROR: Operation failed!\n")};
+    for (const Case& c : cases) {
+        const Conversion run = convert(c.image, c.form);
+        std::string console = consoles[c.outcome];
+        if (c.outcome == 2) console.erase(console.find("STATUS: Export done.\n"));
+        EXPECT_EQ(run.run.console, console) << c.what;
+        EXPECT_EQ(run.run.status, c.outcome == 0 ? 0 : 1) << c.what;
+    }
+}
+
+// An A-scan reading of the flaw detector takes its setup, notes and gate 1
+// alarm from the block; the amplitude percent of box kind 35 is the gate 1
+// amplitude of the scan, centred under RF rectification: 384 is 50%. Gate 2
+// ("NEG") has lost its signal (512): LOW.
+TEST(ScanBlocks, AmplitudePercentOfAnAscanReading) {
+    ImageBuilder image = linked(7, 2);
+    write_flaw_setup(image, 0, 7, {.box1_kind = 35, .gate2_alarm = 2, .resolution = 1});
+    write_ascan_flaw(image, BLOCK,
+                     {.gate_alarm = 2, .block_setup_number = 7, .flaw_note_mask = 2, .box_value = {12345, 0, 0},
+                      .max_samples = {1}, .min_samples = {1}, .gate1_amplitude = 384, .gate2_amplitude = 512});
+    const Conversion c = convert(image, "d");
+    EXPECT_EQ(c.run.status, 0);
+    EXPECT_NE(c.output.value_or("").find("\nB1,IN,GATE 1 SOUNDPATH AMPLITUDE, 1.235 50%,,,,,7,B,ON,OFF,LOW,LOW\n"),
+              std::string::npos)
+        << c.output.value_or("");
+}
+
+}  // namespace
+}  // namespace ugf::test
