@@ -44,6 +44,7 @@ TEST(ScanBlocks, LimitsAndFlagsDecideWhetherABlockReads) {
         {"B-scan with an embedded A-scan", linked(7, 4), "d", 0},
         {"B-scan whose embedded A-scan has 319 samples", linked(7, 4), "d", 1},
         {"a block head in a slot", linked(5, 2), "d", 1},
+        {"a link near 2^32: its fields lie past the end, never wrapped", linked(5, 4), "g", 2},
     };
     // The blocks, case by case.
     ThicknessAscanImage t = thickness;
@@ -84,6 +85,7 @@ TEST(ScanBlocks, LimitsAndFlagsDecideWhetherABlockReads) {
     f.sample_count = 319;
     write_ascan_flaw(cases[11].image, BLOCK + BSCAN_ASCAN_AT, f);
     write_slot(cases[12].image, 0, 0, gauge_record({.record_type = 3}));
+    write_slot(cases[13].image, 0, 0, link_record(4, 0xFFFFFFF0u));
 
     const std::string consoles[] = {console_of_success(), FAILED_CONSOLE,
                                     console_of_success("ERROR: FS_READ_ERROR.\nERROR: Operation failed!\n")};

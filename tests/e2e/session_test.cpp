@@ -3,6 +3,7 @@
 // an older output file untouched and the input unchanged.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -142,6 +143,21 @@ TEST(SessionOpenRun, RefusedAndUndecodableHeadersPrintNoLineOfTheirOwn) {
     test::write_note(image, 3, 7, std::string(32, 'N'));
     test::write_note(image, 3, 8, "NEXT");
     expect_open_fails(image, OPENING + FAILED, "note of 32 characters");
+}
+
+// A dimension whose range can't be measured counts as used: with no unused
+// dimension below it the file opens.
+TEST(SessionOpenRun, IdentifierCountsAtTheirLimitsOpen) {
+    for (const auto& [type, c2, c1, c0] : {std::array{4u, 18u, 1u, 1u}, std::array{2u, 0u, 19u, 1u},
+                                           std::array{0u, 0u, 0u, 20u}}) {
+        SurveyHeader h{.file_type = type, .c0 = c0, .c1 = c1, .c2 = c2};
+        h.start_id = std::string(20, '1');
+        h.end_id = std::string(20, '2');
+        test::ScratchDir dir;
+        test::survey_image(h).save(dir.file("limits.ugf"));
+        const test::RunResult run = test::run_converter_binary({dir.file("limits.ugf"), "g", "a"});
+        EXPECT_NE(run.console.find("STATUS: Exporting"), std::string::npos) << type << " " << c2 << " " << c1 << " " << c0;
+    }
 }
 
 TEST(SessionOpenRun, ASetupNameWithoutTerminatorFailsTheOpen) {

@@ -117,12 +117,6 @@ TEST(FormatThickness, DoubledAndWraparound) {
     check_all(cases, std::size(cases));
 }
 
-TEST(FormatThickness, SmallBufferIsCutAndTerminated) {
-    char out[4] = {'x', 'x', 'x', 'x'};
-    format_thickness(out, sizeof out, 12345, 0, 1, STD, 0, 0);
-    EXPECT_STREQ(out, " 1.");
-}
-
 std::string encoder_step(std::uint32_t index, std::uint32_t code, std::uint32_t units, std::uint32_t custom) {
     char out[NUMBER_TEXT_SIZE];
     format_encoder_step(out, sizeof out, index, code, units, custom);
