@@ -16,4 +16,4 @@ ctest --preset coverage >/dev/null
 args=(--root . --filter 'src/' --exclude-throw-branches build-coverage/CMakeFiles/ugf.dir
       build-coverage/CMakeFiles/ugf2csv.dir)
 if [ "${1:-}" = --txt ]; then gcovr "${args[@]}" --txt; gcovr "${args[@]}" --txt --branches; fi
-gcovr "${args[@]}" --print-summary --txt /dev/null
+gcovr "${args[@]}" --print-summary --txt build-coverage/coverage.txt | tail -3

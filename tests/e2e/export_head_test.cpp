@@ -5,7 +5,9 @@
 // have no reading slots, so their runs end at the first reading.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <string>
+#include <vector>
 
 #include "support/scratch.h"
 #include "support/survey_image.h"
@@ -222,6 +224,59 @@ TEST(DetailedHead, TypesWithoutAnExportLeaveAnEmptyFile) {
             EXPECT_EQ(run.console, OPENING + EXPORTING + FAILED) << type << form;
             EXPECT_EQ(run.status, 1) << type << form;
         }
+    }
+}
+
+}  // namespace
+}  // namespace ugf
+
+namespace ugf {
+namespace {
+
+// The identifiers of the reading rows of a detailed run, one after another.
+std::string row_identifiers(const std::string& output) {
+    std::string ids;
+    std::size_t at = output.find("\nID,");
+    while ((at = output.find('\n', at + 1)) != std::string::npos && at + 1 < output.size() && output[at + 1] != '\n') {
+        ids += (ids.empty() ? "" : " ") + output.substr(at + 1, output.find(',', at) - at - 1);
+    }
+    return ids;
+}
+
+// Identifiers composed by the rules of each kind of survey, two points each.
+TEST(DetailedHead, IdentifiersOfEveryKind) {
+    const auto labelled = [](std::uint32_t type, const std::vector<std::vector<std::string>>& labels,
+                             std::array<std::uint32_t, 4> counts) {
+        SurveyHeader h = header(type, 5);
+        test::set_manual_labels(h, labels);
+        h.c0 = counts[0], h.c1 = counts[1], h.c2 = counts[2], h.c3 = counts[3];
+        return h;
+    };
+    SurveyHeader two_d_cpt = header(3, 5);
+    two_d_cpt.prefix = "V";
+    test::set_ranges(two_d_cpt, {{"1", "2"}, {"1", "1"}, {"A", "A"}});
+    two_d_cpt.custom_point_labels = {"IN", "OUT"};
+    SurveyHeader boiler = header(5, 5);
+    test::set_ranges(boiler, {{"1", "2"}, {"10", "10", 10}, {"07", "07"}});
+    boiler.custom_point_labels = {"NW", "SE"};
+    boiler.elevation_unit = 2;
+    const struct {
+        SurveyHeader header;
+        const char* ids;
+    } cases[] = {
+        {two_d_cpt, "VA1IN VA1OUT"},
+        {boiler, "0710FTNW 0710FTSE"},
+        {labelled(11, {{"1", "2"}, {"E"}, {"T3"}}, {1, 1, 2, 0}), "T3E1 T3E2"},
+        {labelled(12, {{"1", "2"}, {"W"}, {"TOP"}, {"K1"}}, {1, 1, 3, 2}), "K1TOPW1 K1TOPW2"},
+    };
+    for (const auto& c : cases) {
+        test::ScratchDir dir;
+        ImageBuilder image = test::survey_image(c.header);
+        test::write_slot(image, c.header.file_type, 0, test::gauge_record({.resolution = 1, .thickness = 12345}));
+        test::write_slot(image, c.header.file_type, 1, {});
+        image.save(dir.file("survey.ugf"));
+        EXPECT_EQ(test::run_converter_binary({dir.file("survey.ugf"), "d", "a"}).status, 0) << c.ids;
+        EXPECT_EQ(row_identifiers(test::read_output(dir.file("survey_detailed_output.csv")).value_or("")), c.ids);
     }
 }
 
