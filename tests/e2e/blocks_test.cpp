@@ -13,12 +13,13 @@ namespace {
 constexpr std::size_t BLOCK = 6000;
 
 // One point, "B1", whose slot links to a block at BLOCK.
-ImageBuilder linked(std::uint32_t gage, std::uint32_t link_type, std::uint32_t file_version = 24) {
+ImageBuilder linked(std::uint32_t gage, std::uint32_t link_type, std::uint32_t file_version = 24,
+                    std::uint32_t block = BLOCK) {
     SurveyHeader h = survey_header(0, gage, "B");
     h.file_version = file_version;
     set_ranges(h, {{"1", "1"}});
     ImageBuilder image = survey_image(h);
-    write_slot(image, 0, 0, link_record(link_type, BLOCK));
+    write_slot(image, 0, 0, link_record(link_type, block));
     return image;
 }
 
@@ -31,7 +32,7 @@ TEST(ScanBlocks, LimitsAndFlagsDecideWhetherABlockReads) {
         const char* form;
         int outcome;  // 0 converts, 1 fails silently, 2 reads past the end
     } cases[] = {
-        {"thickness A-scan of 318 samples", linked(5, 2), "g", 0},
+        {"thickness A-scan of 318 samples across a page boundary", linked(5, 2, 24, 8190), "g", 0},
         {"thickness A-scan of 319 samples", linked(5, 2), "g", 1},
         {"flaw A-scan of 318 samples", linked(7, 2), "g", 0},
         {"flaw A-scan of 319 samples", linked(7, 2), "g", 1},
@@ -49,7 +50,7 @@ TEST(ScanBlocks, LimitsAndFlagsDecideWhetherABlockReads) {
     // The blocks, case by case.
     ThicknessAscanImage t = thickness;
     t.sample_count = 318;
-    write_ascan_thickness(cases[0].image, BLOCK, t);
+    write_ascan_thickness(cases[0].image, 8190, t);
     t.sample_count = 319;
     write_ascan_thickness(cases[1].image, BLOCK, t);
     FlawAscanImage f = flaw;
@@ -99,20 +100,69 @@ TEST(ScanBlocks, LimitsAndFlagsDecideWhetherABlockReads) {
 }
 
 // An A-scan reading of the flaw detector takes its setup, notes and gate 1
-// alarm from the block; the amplitude percent of box kind 35 is the gate 1
-// amplitude of the scan, centred under RF rectification: 384 is 50%. Gate 2
-// ("NEG") has lost its signal (512): LOW.
+// alarm from the block. The amplitude percent of box kinds 35 and 36 is the
+// gate 1 or gate 2 amplitude of the scan, of 512; under RF rectification
+// (0) centred on 256: 384 and 128 are 50%, 256 is 0%, 100 is 61%.
 TEST(ScanBlocks, AmplitudePercentOfAnAscanReading) {
-    ImageBuilder image = linked(7, 2);
-    write_flaw_setup(image, 0, 7, {.box1_kind = 35, .gate2_alarm = 2, .resolution = 1});
-    write_ascan_flaw(image, BLOCK,
-                     {.gate_alarm = 2, .block_setup_number = 7, .flaw_note_mask = 2, .box_value = {12345, 0, 0},
-                      .max_samples = {1}, .min_samples = {1}, .gate1_amplitude = 384, .gate2_amplitude = 512});
-    const Conversion c = convert(image, "d");
-    EXPECT_EQ(c.run.status, 0);
-    EXPECT_NE(c.output.value_or("").find("\nB1,IN,GATE 1 SOUNDPATH AMPLITUDE, 1.235 50%,,,,,7,B,ON,OFF,LOW,LOW\n"),
-              std::string::npos)
-        << c.output.value_or("");
+    const struct {
+        std::uint32_t rectification, kind, gate1, gate2;
+        const char* cells;
+    } cases[] = {
+        {0, 35, 384, 512, "\nB1,IN,GATE 1 SOUNDPATH AMPLITUDE, 1.235 50%,,,,,7,B,ON,OFF,LOW,LOW\n"},
+        {0, 35, 128, 512, ",GATE 1 SOUNDPATH AMPLITUDE, 1.235 50%,"},
+        {0, 35, 256, 512, ",GATE 1 SOUNDPATH AMPLITUDE, 1.235 0%,"},
+        {0, 36, 384, 100, ",GATE 2 SOUNDPATH AMPLITUDE, 1.235 61%,"},
+        {1, 36, 384, 300, ",GATE 2 SOUNDPATH AMPLITUDE, 1.235 58%,"},
+    };
+    for (const auto& c : cases) {
+        ImageBuilder image = linked(7, 2);
+        write_flaw_setup(image, 0, 7,
+                         {.box1_kind = c.kind, .gate2_alarm = 2, .rectification = c.rectification, .resolution = 1});
+        write_ascan_flaw(image, BLOCK,
+                         {.gate_alarm = 2, .block_setup_number = 7, .flaw_note_mask = 2, .box_value = {12345, 0, 0},
+                          .max_samples = {1}, .min_samples = {1}, .gate1_amplitude = c.gate1, .gate2_amplitude = c.gate2});
+        const Conversion run = convert(image, "d");
+        EXPECT_EQ(run.run.status, 0);
+        EXPECT_NE(run.output.value_or("").find(c.cells), std::string::npos) << c.cells << run.output.value_or("");
+    }
+}
+
+// The depth of a DAC point is its count as a sound path through the setup's
+// velocity: 100 counts at 0.2330 in/us is 0.1456 inch (doubled through
+// transmission), or 3.6988 mm (the velocity x 25.4). B-scan points take the
+// units, layout and doubling of the setup: 1234 is 1.234 mm in the precision
+// layout (mm points count in 0.01), 6000 doubled is 1.200 inch; 0xFFFFF marks
+// a point without a value.
+TEST(ScanBlocks, DacDepthsAndPointUnits) {
+    const struct {
+        std::uint32_t gage, units, meas_mode, link_type;
+        const char* line;
+    } cases[] = {
+        {7, 0, 0, 2, "\n, 0.146 IN,200,100\n, 0.000 IN,150,0\n"},
+        {7, 0, 2, 2, "\n, 0.291 IN,200,100\n"},
+        {7, 1, 0, 2, "\n,  3.70 MM,200,100\n"},
+        {6, 1, 0, 4, "\n,1, 1.234,MM,OFF, \n,2,,MM,OFF, \n"},
+        {7, 0, 2, 4, "\n,1, 1.200,IN,OFF, \n"},
+    };
+    for (const auto& c : cases) {
+        ImageBuilder image = linked(c.gage, c.link_type);
+        if (c.gage == 7) {
+            write_flaw_setup(image, 0, 0, {.velocity = 23300, .units = c.units, .resolution = 1, .meas_mode = c.meas_mode});
+        } else {
+            write_gauge_setup(image, 0, 0, {.units = c.units, .resolution = 1});
+        }
+        const std::uint32_t magnitude = c.gage == 7 ? 6000 : 1234;
+        if (c.link_type == 2) {
+            write_ascan_flaw(image, BLOCK, {.dac_shown = 1, .dac_stored = 1, .max_samples = {1}, .min_samples = {1},
+                                            .dac_points = {{100, 200}, {0, 150}}});
+        } else {
+            const RecordImage head = c.gage == 7 ? flaw_record({.record_type = 5}) : gauge_record({.record_type = 5});
+            write_bscan(image, BLOCK, {.head = head, .points = {{.magnitude = magnitude}, {.magnitude = 0xFFFFF}}});
+        }
+        const Conversion run = convert(image, "d");
+        EXPECT_EQ(run.run.status, 0) << c.line;
+        EXPECT_NE(run.output.value_or("").find(c.line), std::string::npos) << c.line << run.output.value_or("");
+    }
 }
 
 }  // namespace

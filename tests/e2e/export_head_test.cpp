@@ -31,9 +31,10 @@ const std::string NAMES = "FILENAME,TYPE,FILE VERSION,";
 const std::string TAIL = "PATTERN,# ID,# SETUP,# NOTES,CREATED,LAST SAVED";
 const std::string STAMPS = ",16,0/0/65516 0:0,0/0/65516 0:0\n\n";
 const std::string NO_IDENTITY = "DESCRIPTION:,\nLOCATION:,\nINSPECTOR ID:,\n";
-// Every survey here has three notes. A note of 32 characters has its
-// terminator in the next row's first byte; the output writes "%%" as "%".
-const std::string NOTES = "\nNOTES DESIGNATOR,NOTE TEXT\nA,CORROSION UNDER INSULATION\nB,\nC,\nD," + std::string(32, 'N') +
+// Every survey here has four notes. A note of 32 characters has its
+// terminator in the next row's first byte; the output writes "%%" as "%",
+// and a lone "%" as it is.
+const std::string NOTES = "\nNOTES DESIGNATOR,NOTE TEXT\nA,CORROSION UNDER INSULATION\nB,LOSS 100%\nC,\nD," + std::string(32, 'N') +
                           "\nE,\nF,\nG,\nH,\nI,\nJ,\nK,\nL,\nM,\nN,\nO,\nP,50% WALL LOSS\n";
 
 struct HeadCase {
@@ -202,6 +203,7 @@ TEST(DetailedHead, EveryFileTypeWithAnExport) {
         test::ScratchDir dir;
         ImageBuilder image = test::survey_image(c.header);
         test::write_note(image, c.header.file_type, 0, "CORROSION UNDER INSULATION");
+        test::write_note(image, c.header.file_type, 1, "LOSS 100%");
         test::write_note(image, c.header.file_type, 3, std::string(32, 'N'));
         test::write_note(image, c.header.file_type, 15, "50%% WALL LOSS");
         image.save(dir.file("survey.ugf"));
@@ -243,7 +245,7 @@ std::string row_identifiers(const std::string& output) {
     return ids;
 }
 
-// Identifiers composed by the rules of each kind of survey, two points each.
+// Identifiers composed by the rules of each kind of survey.
 TEST(DetailedHead, IdentifiersOfEveryKind) {
     const auto labelled = [](std::uint32_t type, const std::vector<std::vector<std::string>>& labels,
                              std::array<std::uint32_t, 4> counts) {
@@ -260,12 +262,17 @@ TEST(DetailedHead, IdentifiersOfEveryKind) {
     test::set_ranges(boiler, {{"1", "2"}, {"10", "10", 10}, {"07", "07"}});
     boiler.custom_point_labels = {"NW", "SE"};
     boiler.elevation_unit = 2;
+    // Custom points past the 20 labels have no text.
+    SurveyHeader many_points = header(1, 5);
+    test::set_ranges(many_points, {{"01", "21"}, {"1", "1"}});
+    for (int i = 0; i < 20; ++i) many_points.custom_point_labels[static_cast<std::size_t>(i)] = std::string(1, 'A' + i);
     const struct {
         SurveyHeader header;
         const char* ids;
     } cases[] = {
         {two_d_cpt, "VA1IN VA1OUT"},
         {boiler, "0710FTNW 0710FTSE"},
+        {many_points, "1A 1B 1C 1D 1E 1F 1G 1H 1I 1J 1K 1L 1M 1N 1O 1P 1Q 1R 1S 1T 1"},
         {labelled(11, {{"1", "2"}, {"E"}, {"T3"}}, {1, 1, 2, 0}), "T3E1 T3E2"},
         {labelled(12, {{"1", "2"}, {"W"}, {"TOP"}, {"K1"}}, {1, 1, 3, 2}), "K1TOPW1 K1TOPW2"},
     };
@@ -273,7 +280,7 @@ TEST(DetailedHead, IdentifiersOfEveryKind) {
         test::ScratchDir dir;
         ImageBuilder image = test::survey_image(c.header);
         test::write_slot(image, c.header.file_type, 0, test::gauge_record({.resolution = 1, .thickness = 12345}));
-        test::write_slot(image, c.header.file_type, 1, {});
+        image.resize(test::slot_at(c.header.file_type, 21));
         image.save(dir.file("survey.ugf"));
         EXPECT_EQ(test::run_converter_binary({dir.file("survey.ugf"), "d", "a"}).status, 0) << c.ids;
         EXPECT_EQ(row_identifiers(test::read_output(dir.file("survey_detailed_output.csv")).value_or("")), c.ids);

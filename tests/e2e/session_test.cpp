@@ -80,7 +80,7 @@ TEST(SessionOpenRun, FilesCutInsideEveryRegion) {
         std::vector<std::size_t> cuts;
     } layouts[] = {
         // Header, setup table (0x300 to 0x12FF), notes (0x1300 to 0x14FF).
-        {2, {0, 1, 2, 3, 4, 5, 6, 8, 0x0C, 0x0E, 0x15, 0x22, 0x40, 0x50, 0x5A, 0x5F, 0x66, 0x6C,
+        {2, {0, 1, 2, 3, 4, 5, 6, 8, 0x0C, 0x0E, 0x15, 0x22, 0x40, 0x50, 0x5A, 0x5F, 0x66, 0x68, 0x6C,
              0x76, 0x80, 0xA0, 0xC0, 0xDE, 0xE0, 0x100, 0x103, 0x109, 0x272, 0x275, 0x279, 0x27C,
              0x281, 0x286, 0x288, 0x2A0, 0x300, 0x305, 0x340, 0x380, 0x900, 0x1280, 0x12EA,
              0x12FF, 0x1300, 0x1310, 0x1360, 0x14E0, 0x14E8}},
@@ -145,18 +145,20 @@ TEST(SessionOpenRun, RefusedAndUndecodableHeadersPrintNoLineOfTheirOwn) {
     expect_open_fails(image, OPENING + FAILED, "note of 32 characters");
 }
 
-// A dimension whose range can't be measured counts as used: with no unused
-// dimension below it the file opens.
-TEST(SessionOpenRun, IdentifierCountsAtTheirLimitsOpen) {
-    for (const auto& [type, c2, c1, c0] : {std::array{4u, 18u, 1u, 1u}, std::array{2u, 0u, 19u, 1u},
-                                           std::array{0u, 0u, 0u, 20u}}) {
-        SurveyHeader h{.file_type = type, .c0 = c0, .c1 = c1, .c2 = c2};
+// Identifier counts at their limits: a dimension whose range can't be
+// measured counts as used, so with no unused dimension below it the file
+// opens. Versions 21 to 23 are refused only above type 5.
+TEST(SessionOpenRun, HeadersThatOpen) {
+    for (const auto& [type, version, c2, c1, c0] :
+         {std::array{4u, 24u, 18u, 1u, 1u}, std::array{2u, 24u, 0u, 19u, 1u}, std::array{0u, 24u, 0u, 0u, 20u},
+          std::array{5u, 22u, 0u, 0u, 1u}, std::array{8u, 20u, 0u, 0u, 1u}}) {
+        SurveyHeader h{.file_version = version, .file_type = type, .c0 = c0, .c1 = c1, .c2 = c2};
         h.start_id = std::string(20, '1');
         h.end_id = std::string(20, '2');
         test::ScratchDir dir;
         test::survey_image(h).save(dir.file("limits.ugf"));
         const test::RunResult run = test::run_converter_binary({dir.file("limits.ugf"), "g", "a"});
-        EXPECT_NE(run.console.find("STATUS: Exporting"), std::string::npos) << type << " " << c2 << " " << c1 << " " << c0;
+        EXPECT_NE(run.console.find("STATUS: Exporting"), std::string::npos) << type << " " << version << " " << c2 << " " << c1 << " " << c0;
     }
 }
 

@@ -132,6 +132,17 @@ TEST(SetupRows, CorrosionAndPrecisionGauges) {
     }
 }
 
+// Files before version 20 have one more title, and no setup to list here.
+TEST(SetupRows, TitlesOfOlderFiles) {
+    for (std::uint32_t gage : {CORROSION, PRECISION}) {
+        SurveyHeader h = survey_header(0, gage);
+        h.file_version = 19;
+        expect_tail(line_from(survey_image(h), "d", "SETUP #,"),
+                    gage == CORROSION ? ",COATING THICKNESS,MEASUREMENT TYPE,BSCAN DIRECTION"
+                                      : ",TEMPERATURE CALIBRATION,AUTO PHASE DETECT,BSCAN DIRECTION");
+    }
+}
+
 TEST(FlawSetupBlock, EveryLineInOrder) {
     FlawSetupImage s{.velocity = 23300, .zero = -500, .reference_gain = -5, .ref_gain_step = 60, .gain = 123,
                      .delay = 12345, .range = 20000, .frequency = 500, .reject_value = 100,
