@@ -6,19 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "support/scratch.h"
-#include "support/survey_image.h"
+#include "detailed_support.h"
 
 namespace ugf {
 namespace {
 
 using test::ImageBuilder;
 using test::SurveyHeader;
-
-const std::string OPENING = "STATUS: Opening Datalogger Session...\n";
-const std::string EXPORTING = "STATUS: Exporting Data Logger File...\n";
-const std::string READ_ERROR = "ERROR: FS_READ_ERROR.\n";
-const std::string FAILED = "ERROR: Operation failed!\n";
 
 // Cell i of the worked surveys holds a corrosion gauge reading of
 // (i + 1) x 0.1 inch with three decimals.
@@ -44,24 +38,10 @@ ImageBuilder with_readings(const SurveyHeader& h, std::uint32_t count) {
     return image;
 }
 
-struct Converted {
-    test::RunResult run;
-    std::string grid;
-};
-
 // A verbose grid run: the console must echo the file between the status lines.
-Converted convert(const ImageBuilder& image) {
-    test::ScratchDir dir;
-    image.save(dir.file("survey.ugf"));
-    Converted c;
-    c.run = test::run_converter_binary({dir.file("survey.ugf"), "g", "v"});
-    c.grid = test::read_output(dir.file("survey_grid_output.csv")).value_or("<none>");
-    return c;
-}
-
 void expect_grid(const ImageBuilder& image, const std::string& grid, const std::string& name) {
-    const Converted c = convert(image);
-    EXPECT_EQ(c.grid, grid) << name;
+    const test::Conversion c = test::convert(image, "g", "v");
+    EXPECT_EQ(c.output, grid) << name;
     EXPECT_EQ(c.run.console, test::console_of_success(grid)) << name;
     EXPECT_EQ(c.run.status, 0) << name;
 }

@@ -40,7 +40,7 @@ void expect_tail(const std::string& line, const std::string& tail) {
 
 struct SetupRowCase {
     const char* what;
-    void (*set)(GaugeSetupImage&);
+    GaugeSetupImage setup;
     std::string row;
 };
 
@@ -48,85 +48,65 @@ struct SetupRowCase {
 TEST(SetupRows, CorrosionAndPrecisionGauges) {
     const SetupRowCase corrosion[] = {
         {"inch thickness, custom encoder x 100",
-         [](GaugeSetupImage& s) {
-             s.alarm_type = 1; s.diff_ref_blank = 1; s.resolution = 1; s.low_alarm = 1000;
-             s.high_alarm = 123456; s.diff_reference = 12345; s.bs_range = 20000; s.alarm_percent = 10;
-             s.velocity = 23300; s.gain_mode = 4; s.gain_db = 40; s.mb_blank = 4; s.if_blank = -3;
-             s.temp_compensation = 1; s.bs_res_mode = 2; s.bs_encoder = 3; s.bs_step_code = 9;
-             s.coating_velocity = 9000; s.temp_coefficient = -1500; s.temp_calibration = 68;
-             s.custom_encoder_res = 50;
-         },
+         {.alarm_type = 1, .diff_ref_blank = 1, .resolution = 1, .low_alarm = 1000, .high_alarm = 123456,
+          .diff_reference = 12345, .bs_range = 20000, .alarm_percent = 10, .velocity = 23300, .gain_mode = 4,
+          .gain_db = 40, .mb_blank = 4, .if_blank = -3, .temp_compensation = 1, .bs_res_mode = 2, .bs_encoder = 3,
+          .bs_step_code = 9, .coating_velocity = 9000, .temp_coefficient = -1500, .temp_calibration = 68,
+          .custom_encoder_res = 50},
          "0,IN,0.23300,0.09000,OFF,,HIGH, 0.100,12.346,10, 2.000,40DB,XDCR-01 1.0 MHZ,4,-3,0.0050000,"
          "ON,-0.01500,  68 F,OFF,THICKNESS\n"},
         {"velocity in millimetres: full resolution, 99 characters fit",
-         [](GaugeSetupImage& s) {
-             s.alarm_type = 2; s.diff_type = 2; s.units = 1; s.measurement_type = 1; s.low_alarm = 123450;
-             s.diff_reference = 5000; s.bs_range = 1000000; s.alarm_percent = 5; s.transducer = 25;
-             s.velocity = 5920; s.gain_mode = 1; s.auto_mb = 1; s.coating_thickness = 1; s.bs_res_mode = 1;
-             s.coating_velocity = 2300; s.temp_coefficient = 1500; s.temp_calibration = 68;
-         },
+         {.alarm_type = 2, .diff_type = 2, .units = 1, .measurement_type = 1, .low_alarm = 123450,
+          .diff_reference = 5000, .bs_range = 1000000, .alarm_percent = 5, .transducer = 25, .velocity = 5920,
+          .gain_mode = 1, .auto_mb = 1, .coating_thickness = 1, .bs_res_mode = 1, .coating_velocity = 2300,
+          .temp_coefficient = 1500, .temp_calibration = 68},
          "0,M/S, 5920, 2300,PERCENT,  0.50,LOW, 12.35,  0.00,5,100.00,STD ,XDCR-26 2.25 MHZ,AUTO MB,0,  0.00,"
          "OFF,+0.01500, 20.4 C,ON,VELOCITY\n"},
         {"velocity in microseconds, codes without a text, transducer past the table",
-         [](GaugeSetupImage& s) {
-             s.alarm_type = 6; s.diff_type = 3; s.units = 2; s.measurement_type = 1; s.transducer = 194;
-         },
+         {.alarm_type = 6, .diff_type = 3, .units = 2, .measurement_type = 1, .transducer = 194},
          "0,-----,    0,    0,,  0.00,,  0.00,  0.00,0,  0.00,LOW ,,0,0,  0.00,OFF,+0.00000,   0 F,OFF,VELOCITY\n"},
         {"measurement type 3 repeats the transducer; units 3",
-         [](GaugeSetupImage& s) {
-             s.alarm_type = 7; s.units = 3; s.resolution = 1; s.measurement_type = 3; s.transducer = 1;
-         },
+         {.alarm_type = 7, .units = 3, .resolution = 1, .measurement_type = 3, .transducer = 1},
          "0,ALARM,    0,    0,OFF,  0.00,,  0.00,  0.00,0,  0.00,LOW ,XDCR-02 2.25 MHZ,0,0,  0.00,"
          "OFF,+0.00000,   0 F,OFF,XDCR-02 2.25 MHZ\n"},
         {"a long first piece is cut at 99 characters",
-         [](GaugeSetupImage& s) {
-             s.alarm_type = 5; s.diff_type = 1; s.resolution = 1; s.low_alarm = 1000;
-             s.high_alarm = 123456; s.diff_reference = 12345; s.bs_range = 20000; s.alarm_percent = 255;
-             s.transducer = 25; s.velocity = 4294967295u; s.gain_mode = 4; s.gain_db = 94;
-             s.mb_blank = -32768; s.if_blank = -32768; s.coating_velocity = 65535;
-         },
+         {.alarm_type = 5, .diff_type = 1, .resolution = 1, .low_alarm = 1000, .high_alarm = 123456,
+          .diff_reference = 12345, .bs_range = 20000, .alarm_percent = 255, .transducer = 25, .velocity = 4294967295u,
+          .gain_mode = 4, .gain_db = 94, .mb_blank = -32768, .if_blank = -32768, .coating_velocity = 65535},
          "0,IN,0.4294967295,0.65535,ABSOLUTE, 1.235,PHASE REVERSAL, 0.100,12.346,255, 2.000,94DB MAX,XDCR-26 "
          "OFF,+0.00000,   0 F,OFF,THICKNESS\n"},
     };
     const SetupRowCase precision[] = {
         {"inch setup, times of 0.0125 us (one cut to 9), custom encoder x 1000",
-         [](GaugeSetupImage& s) {
-             s.alarm_type = 3; s.diff_type = 1; s.resolution = 1; s.echo1_negative = 1; s.pulser_power = 2;
-             s.low_alarm = 12345; s.high_alarm = 123456; s.diff_reference = 5000; s.alarm_percent = 50;
-             s.zero = -1234; s.velocity = 23300; s.gain_mode = 123; s.gain_db = 5; s.slope = 40;
-             s.transducer_frequency = 50; s.mb_blank = 4; s.if_blank = -4; s.c3_blank = -32768;
-             s.echo_window = 65535; s.setup_name = "PIPE A"; s.auto_phase_detect = 1;
-             s.temp_compensation = 1; s.bs_res_mode = 2; s.bs_encoder = 3; s.bs_step_code = 9;
-             s.temp_coefficient = 1500; s.temp_calibration = 68; s.custom_encoder_res = 50;
-         },
+         {.alarm_type = 3, .diff_type = 1, .resolution = 1, .echo1_negative = 1, .pulser_power = 2,
+          .low_alarm = 12345, .high_alarm = 123456, .diff_reference = 5000, .alarm_percent = 50, .zero = -1234,
+          .velocity = 23300, .gain_mode = 123, .gain_db = 5, .slope = 40, .transducer_frequency = 50, .mb_blank = 4,
+          .if_blank = -4, .c3_blank = -32768, .echo_window = 65535, .setup_name = "PIPE A", .auto_phase_detect = 1,
+          .temp_compensation = 1, .bs_res_mode = 2, .bs_encoder = 3, .bs_step_code = 9, .temp_coefficient = 1500,
+          .temp_calibration = 68, .custom_encoder_res = 50},
          "0,PIPE A,C1,IN,0.23300,-1234,ABSOLUTE,0.5000,HIGH-LOW,1.2345,12.346,50,0.0000,12.3,00.5,04.0,,5.0 MHZ,"
          "0.05 US,-0.05 US,-409.60 U,819.18 US,-,+,90 V,0.0500000,ON,+0.01500,  68 F,ON\n"},
         {"mode 5 in microns; the scan resolution stays in millimetres",
-         [](GaugeSetupImage& s) {
-             s.diff_type = 2; s.diff_ref_blank = 1; s.units = 1; s.resolution = 1; s.echo2_negative = 1;
-             s.pulser_power = 3; s.low_alarm = 1234; s.transducer = 58; s.velocity = 5920;
-             s.transducer_frequency = 5; s.setup_name = "ABCDEFGHIJKLMNOPQRSTUVWXYZ012345";
-             s.temp_calibration = 68; s.meas_mode = 5;
-         },
+         {.diff_type = 2, .diff_ref_blank = 1, .units = 1, .resolution = 1, .echo2_negative = 1, .pulser_power = 3,
+          .low_alarm = 1234, .transducer = 58, .velocity = 5920, .transducer_frequency = 5,
+          .setup_name = "ABCDEFGHIJKLMNOPQRSTUVWXYZ012345", .temp_calibration = 68, .meas_mode = 5},
          "0,ABCDEFGHIJKLMNOPQRSTUVWXYZ012345,CP,MICR, 5920,0,PERCENT,,OFF,  12.3,   0.0,0,   0.0,"
          "00.0,00.0,00.0,XDCR-58 2.25 MHZ,.5 MHZ,0.00 US,0.00 US,0.00 US,0.00 US,+,-,120 V, 0.000,"
          "OFF,+0.00000, 20.4 C,OFF\n"},
         {"velocity label wins over mode 5; the setup's resolution stays",
-         [](GaugeSetupImage& s) { s.measurement_type = 1; s.low_alarm = 1234; s.meas_mode = 5; },
+         {.measurement_type = 1, .low_alarm = 1234, .meas_mode = 5},
          "0,,CP,IN/US,0.00000,0,OFF,   0.0,OFF,  12.3,   0.0,0,   0.0,00.0,00.0,00.0,,.0 MHZ,"
          "0.00 US,0.00 US,0.00 US,0.00 US,+,+,30 V, 0.000,OFF,+0.00000,   0 F,OFF\n"},
         {"a mode without a name",
-         [](GaugeSetupImage& s) { s.units = 2; s.meas_mode = 9; },
+         {.units = 2, .meas_mode = 9},
          "0,," + std::string(31, ' ') + ",US,    0,0,OFF,  0.00,OFF,  0.00,  0.00,0,  0.00,00.0,00.0,00.0,,.0 MHZ,"
          "0.00 US,0.00 US,0.00 US,0.00 US,+,+,30 V,  0.00,OFF,+0.00000,   0 F,OFF\n"},
     };
     for (std::uint32_t gage : {CORROSION, PRECISION}) {
         for (const SetupRowCase& c : gage == CORROSION ? std::vector(std::begin(corrosion), std::end(corrosion))
                                                        : std::vector(std::begin(precision), std::end(precision))) {
-            GaugeSetupImage setup;
-            c.set(setup);
             ImageBuilder image = linear(gage, false);
-            write_gauge_setup(image, 0, 0, setup);
+            write_gauge_setup(image, 0, 0, c.setup);
             EXPECT_EQ(line_from(image, "d", "0,") + "\n", c.row) << c.what;
         }
     }
