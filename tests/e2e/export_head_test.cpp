@@ -35,9 +35,7 @@ struct HeadCase {
 };
 
 SurveyHeader header(std::uint32_t file_type, std::uint32_t gage_type) {
-    SurveyHeader h;
-    h.file_type = file_type;
-    h.gage_type = gage_type;
+    SurveyHeader h{.file_type = file_type, .gage_type = gage_type};
     h.setup_count = 1;
     h.id_count = 1;
     return h;

@@ -47,16 +47,13 @@ void expect_grid(const ImageBuilder& image, const std::string& grid, const std::
 }
 
 SurveyHeader survey(std::uint32_t file_type, const std::vector<test::DimRange>& dims) {
-    SurveyHeader h;
-    h.file_type = file_type;
-    h.id_count = 1;
+    SurveyHeader h{.file_type = file_type, .id_count = 1};
     test::set_ranges(h, dims);
     return h;
 }
 
 SurveyHeader manual(std::uint32_t file_type, const std::vector<std::vector<std::string>>& labels) {
-    SurveyHeader h;
-    h.file_type = file_type;
+    SurveyHeader h{.file_type = file_type};
     test::set_manual_labels(h, labels);
     return h;
 }

@@ -49,9 +49,7 @@ void expect_open_fails(const ImageBuilder& image, const std::string& console, co
 // A file that opens: header texts, labels in the manual layout, a setup in
 // the first and last entry, and notes up to the last row.
 ImageBuilder full_image(std::uint32_t file_type, std::uint32_t gage_type) {
-    SurveyHeader h;
-    h.file_type = file_type;
-    h.gage_type = gage_type;
+    SurveyHeader h{.file_type = file_type, .gage_type = gage_type};
     h.prefix = "PLANT7-";
     h.description = "FEED WATER LINE";
     h.inspector_id = "INSPECTOR 12";

@@ -27,23 +27,6 @@ std::string cell(const IdCursor& c, int dims) {
     return s;
 }
 
-TEST(CursorIndex, SeekAndFlatIndexAreInverse) {
-    struct Case {
-        IdCursor cursor;
-        std::int64_t index;
-        std::array<std::int64_t, 4> positions;
-    } cases[] = {
-        {box(3, 2), 5, {2, 1, 0, 0}}, {box(2, 3, 2), 9, {1, 1, 1, 0}}, {box(2, 3, 4, 5), 119, {1, 2, 3, 4}},
-        {box(7), 6, {6, 0, 0, 0}},
-    };
-    for (const Case& c : cases) {
-        IdCursor cursor = c.cursor;
-        cursor_seek(cursor, c.index);
-        EXPECT_EQ(cursor.dim_position, c.positions) << c.index;
-        EXPECT_EQ(cursor_flat_index(cursor), c.index) << c.index;
-    }
-}
-
 TEST(CursorIndex, DamagedSizesWrapAndNeverDivideByZero) {
     // Three sizes of 2^28 multiply to 2^84, which wraps to 0: that divisor
     // divides nothing and its position stays.
@@ -65,22 +48,6 @@ TEST(CursorIndex, DamagedSizesWrapAndNeverDivideByZero) {
     IdCursor wide = box(huge, huge, huge, huge);
     wide.dim_position = {huge - 1, huge - 1, huge - 1, huge - 1};
     EXPECT_EQ(cursor_flat_index(wide), -1);
-}
-
-TEST(CursorTotal, ProductUpToTheFirstUnusedDimensionLow32Bits) {
-    struct Case {
-        IdCursor cursor;
-        std::uint32_t total;
-    } cases[] = {
-        {box(3, 2), 6}, {box(2, 3, 4, 5), 120}, {box(3, 0, 4, 5), 3}, {box(0, 3, 4), 0}, {box(0), 0},
-        {box(65536, 65536), 0}, {box(65536, 65535), 4294901760u}, {box(-1, 2), 4294967294u}, {box(-1, -1, -1, -1), 1},
-        {box(500000001, 500000001, 500000001, 500000001), 1716229121u},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(point_total_of(c.cursor), c.total)
-            << c.cursor.dim_size[0] << " " << c.cursor.dim_size[1] << " "
-            << c.cursor.dim_size[2] << " " << c.cursor.dim_size[3];
-    }
 }
 
 TEST(CursorStep, WrapsAtBothEnds) {

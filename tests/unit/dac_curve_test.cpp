@@ -62,27 +62,6 @@ void check_alarms(const Prepared& p, std::initializer_list<AlarmCase> cases) {
     }
 }
 
-TEST(LengthToCounts, RoundTripClockCounts) {
-    struct Case {
-        std::int32_t x;
-        std::uint32_t units, velocity;
-        std::uint16_t expected;
-    } cases[] = {
-        {10000, 0, 23300, 686},
-        {-10000, 0, 23300, 64850},  // -686 in 16 bits
-        {10000, 2, 23300, 80},
-        {10000, 2, 0, 80},          // microseconds ignore the velocity
-        {10000, 1, 5920, 106},
-        {10000, 3, 23300, 0},       // no conversion for units 3
-        {10000, 0, 0, 0},           // no velocity: no counts
-        {2000000000, 2, 0, 9216},   // 16000000 keeps its low 16 bits
-        {2000000000, 0, 80, 0},     // beyond 32 bits: 0x80000000
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(length_to_counts(c.x, c.units, c.velocity), c.expected) << c.x << " " << c.units;
-    }
-}
-
 TEST(ColumnOf, ColumnsFromTheDelayOn) {
     struct Case {
         std::int16_t d, delay;
@@ -255,26 +234,6 @@ TEST(DacCurveAlarm, JisLinearCurveWithAFlatStart) {
                         {11, 20, 82, ALARM_HIGH},  // -12 dB: 81.64
                         {11, 20, 81, ALARM_ARMED},
                         {9, 60, 511, ALARM_ARMED},  // past the last point
-                    });
-}
-
-// Custom: flat start, the exponential curve, then flat at the last
-// amplitude to the end of the time axis (here to the 100th column).
-TEST(DacCurveAlarm, CustomCurveRunsOnFlat) {
-    Prepared p = prepare(microsecond_setup(3), TWO_POINTS);
-    ASSERT_EQ(p.curve.point_count, 4);
-    EXPECT_EQ(p.curve.points[3].time, DAC_TIME_END);
-    EXPECT_EQ(p.curve.points[3].amplitude, 100);
-    EXPECT_EQ(p.curve.first_column, 0);
-    EXPECT_EQ(p.curve.table[5], 400);
-    EXPECT_EQ(p.curve.table[18], 282);
-    EXPECT_EQ(p.curve.table[99], 100);
-    EXPECT_EQ(p.curve.table[100], 0);  // one height per column, no more
-    check_alarms(p, {
-                        {12, 20, 283, ALARM_HIGH}, {12, 20, 282, ALARM_ARMED}, {12, 70, 101, ALARM_HIGH},
-                        {12, 70, 100, ALARM_ARMED}, {13, 20, 142, ALARM_HIGH}, {13, 20, 141, ALARM_ARMED},
-                        {14, 20, 57, ALARM_HIGH}, {14, 20, 56, ALARM_ARMED},
-                        {12, 102, 511, ALARM_ARMED},  // column 100 is past the display
                     });
 }
 

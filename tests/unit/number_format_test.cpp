@@ -77,19 +77,6 @@ TEST(FormatThickness, StandardAndFlawMillimetresAndMicroseconds) {
     check_all(cases, std::size(cases));
 }
 
-TEST(FormatThickness, Precision) {
-    const ThicknessCase cases[] = {
-        {12345, 0, 1, PREC, 0, 0, "1.2345"}, {12345, 0, 0, PREC, 0, 0, " 1.235"},
-        {12345, 0, 2, PREC, 0, 0, "1.2345"},  // any resolution but 0 is fine
-        {99999, 0, 1, PREC, 0, 0, "9.9999"}, {100000, 0, 1, PREC, 0, 0, "10.000"},
-        {-12345, 0, 1, PREC, 0, 0, "-1.2345"},  // T of 0: the sign always adds a character
-        {123450, 1, 1, PREC, 0, 0, "12.345"}, {999999, 1, 1, PREC, 0, 0, "10.000"},
-        {1000000, 1, 1, PREC, 0, 0, "100.00"}, {123450, 1, 0, PREC, 0, 0, " 12.35"},
-        {-12345, 1, 1, PREC, 0, 0, "-1.235"}, {-123450, 1, 1, PREC, 0, 0, "-12.345"},
-    };
-    check_all(cases, std::size(cases));
-}
-
 TEST(FormatThickness, PrecisionModeFiveInMilsAndMicrons) {
     const ThicknessCase cases[] = {
         {1234, 0, 1, PREC, 0, 5, " 12.34"}, {123, 0, 0, PREC, 0, 5, "   1.2"}, {0, 0, 1, PREC, 0, 5, "  0.00"},
