@@ -221,39 +221,23 @@ TEST(FormatGainSetting, ManualDecibelsAndModeNames) {
     }
 }
 
-TEST(FormatVelocityAndTemperature, Texts) {
-    char out[NUMBER_TEXT_SIZE];
-    format_velocity(out, sizeof out, 23300, 0);
-    EXPECT_STREQ(out, "0.23300");
-    format_velocity(out, sizeof out, 5, 0);
-    EXPECT_STREQ(out, "0.00005");
-    format_velocity(out, sizeof out, 5920, 1);
-    EXPECT_STREQ(out, " 5920");
-    format_velocity(out, sizeof out, 123456, 2);
-    EXPECT_STREQ(out, "123456");
-
-    struct Case {
+// Fahrenheit as stored, Celsius from it in single precision; a 32-bit degree
+// value keeps 9 characters.
+TEST(FormatTemperature, FahrenheitCelsiusAndTheBound) {
+    const struct {
         std::int32_t value;
         std::uint32_t metric;
         const char* expected;
-    } temperatures[] = {
-        {32, 1, " 0.4 C"},   {68, 1, " 20.4 C"}, {68, 0, "  68 F"},  {-40, 0, " -40 F"},
-        {-40, 1, "-39.6 C"}, {212, 1, " 100.4 C"},
-        {std::numeric_limits<std::int32_t>::min(), 0, "-21474836"},  // bounded at 9 characters
+    } cases[] = {
+        {32, 1, " 0.4 C"}, {-40, 0, " -40 F"}, {-40, 1, "-39.6 C"}, {212, 1, " 100.4 C"},
+        {std::numeric_limits<std::int32_t>::min(), 0, "-21474836"},
         // F - 32 rounds to 2^31 in single precision; C is 1193046528.
         {std::numeric_limits<std::int32_t>::max(), 1, " 11930465"},
     };
-    for (const Case& c : temperatures) {
+    char out[NUMBER_TEXT_SIZE];
+    for (const auto& c : cases) {
         format_temperature(out, sizeof out, c.value, c.metric);
         EXPECT_STREQ(out, c.expected) << c.value << " " << c.metric;
-    }
-    const Case coefficients[] = {
-        {-1500, 0, "-0.01500"}, {1500, 0, "+0.01500"}, {0, 0, "+0.00000"},
-        {100000, 0, "+1.00000"}, {12345678, 0, "+123.4567"},
-    };
-    for (const Case& c : coefficients) {
-        format_temp_coefficient(out, sizeof out, c.value);
-        EXPECT_STREQ(out, c.expected) << c.value;
     }
 }
 
