@@ -34,6 +34,7 @@ TEST(ScanBlocks, LimitsAndFlagsDecideWhetherABlockReads) {
     } cases[] = {
         {"thickness A-scan of 318 samples across a page boundary", linked(5, 2, 24, 8190), "g", 0},
         {"thickness A-scan of 319 samples", linked(5, 2), "g", 1},
+        {"thickness A-scan of 319 samples cut in its fixed fields, which are read first", linked(5, 2), "g", 2},
         {"flaw A-scan of 318 samples", linked(7, 2), "g", 0},
         {"flaw A-scan of 319 samples", linked(7, 2), "g", 1},
         {"flaw A-scan with peak data alone", linked(7, 2), "g", 0},
@@ -53,40 +54,42 @@ TEST(ScanBlocks, LimitsAndFlagsDecideWhetherABlockReads) {
     write_ascan_thickness(cases[0].image, 8190, t);
     t.sample_count = 319;
     write_ascan_thickness(cases[1].image, BLOCK, t);
+    write_ascan_thickness(cases[2].image, BLOCK, t);
+    cases[2].image.resize(BLOCK + 1301);
     FlawAscanImage f = flaw;
     f.sample_count = 318;
-    write_ascan_flaw(cases[2].image, BLOCK, f);
-    f.sample_count = 319;
     write_ascan_flaw(cases[3].image, BLOCK, f);
+    f.sample_count = 319;
+    write_ascan_flaw(cases[4].image, BLOCK, f);
     f = flaw;
     f.peak_stored = 1;
     f.peak_bytes = {1, 2, 3, 4};
-    write_ascan_flaw(cases[4].image, BLOCK, f);
+    write_ascan_flaw(cases[5].image, BLOCK, f);
     f.dac_stored = 1;
     f.sample_count = 318;
     f.with_gates = false;
-    write_ascan_flaw(cases[5].image, BLOCK, f);
-    cases[5].image.resize(BLOCK + 900);  // the peak data at 720 needs 318 bytes
+    write_ascan_flaw(cases[6].image, BLOCK, f);
+    cases[6].image.resize(BLOCK + 900);  // the peak data at 720 needs 318 bytes
     f = flaw;
     f.with_gates = false;
-    write_ascan_flaw(cases[6].image, BLOCK, f);
-    cases[6].image.resize(BLOCK + 1000);
+    write_ascan_flaw(cases[7].image, BLOCK, f);
+    cases[7].image.resize(BLOCK + 1000);
     BscanImage b{.head = gauge_record({.record_type = 5}), .point_count = 10000};
-    write_bscan(cases[7].image, BLOCK, b);
-    cases[7].image.resize(BLOCK + BSCAN_POINTS_AT + 40000);
-    b.point_count = 10001;
     write_bscan(cases[8].image, BLOCK, b);
-    cases[8].image.resize(BLOCK + BSCAN_POINTS_AT + 40004);
-    write_bscan(cases[9].image, BLOCK, {.head = gauge_record({.record_type = 5}), .store_full = 1});
+    cases[8].image.resize(BLOCK + BSCAN_POINTS_AT + 40000);
+    b.point_count = 10001;
+    write_bscan(cases[9].image, BLOCK, b);
+    cases[9].image.resize(BLOCK + BSCAN_POINTS_AT + 40004);
+    write_bscan(cases[10].image, BLOCK, {.head = gauge_record({.record_type = 5}), .store_full = 1});
     b = {.head = flaw_record({.record_type = 5}), .ascan_follows = 1, .points = {{.magnitude = 5}}};
-    write_bscan(cases[10].image, BLOCK, b);
-    write_ascan_flaw(cases[10].image, BLOCK + BSCAN_ASCAN_AT, flaw);
     write_bscan(cases[11].image, BLOCK, b);
+    write_ascan_flaw(cases[11].image, BLOCK + BSCAN_ASCAN_AT, flaw);
+    write_bscan(cases[12].image, BLOCK, b);
     f = flaw;
     f.sample_count = 319;
-    write_ascan_flaw(cases[11].image, BLOCK + BSCAN_ASCAN_AT, f);
-    write_slot(cases[12].image, 0, 0, gauge_record({.record_type = 3}));
-    write_slot(cases[13].image, 0, 0, link_record(4, 0xFFFFFFF0u));
+    write_ascan_flaw(cases[12].image, BLOCK + BSCAN_ASCAN_AT, f);
+    write_slot(cases[13].image, 0, 0, gauge_record({.record_type = 3}));
+    write_slot(cases[14].image, 0, 0, link_record(4, 0xFFFFFFF0u));
 
     const std::string consoles[] = {console_of_success(), FAILED_CONSOLE,
                                     console_of_success("ERROR: FS_READ_ERROR.\nERROR: Operation failed!\n")};
@@ -113,6 +116,8 @@ TEST(ScanBlocks, AmplitudePercentOfAnAscanReading) {
         {0, 35, 256, 512, ",GATE 1 SOUNDPATH AMPLITUDE, 1.235 0%,"},
         {0, 36, 384, 100, ",GATE 2 SOUNDPATH AMPLITUDE, 1.235 61%,"},
         {1, 36, 384, 300, ",GATE 2 SOUNDPATH AMPLITUDE, 1.235 58%,"},
+        // 2 x 65000 - 512 = 129488 keeps its low 16 bits, 63952: 12515%.
+        {0, 35, 65000, 512, ",GATE 1 SOUNDPATH AMPLITUDE, 1.235 12515%,"},
     };
     for (const auto& c : cases) {
         ImageBuilder image = linked(7, 2);

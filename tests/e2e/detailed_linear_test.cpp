@@ -1,5 +1,7 @@
 // "MANUAL" files in both output forms (the whole detailed file, and the list
-// of one identifier and value a reading), and a "LINEAR" walk that can't end.
+// of one identifier and value a reading), instruments of an unknown gage
+// type, whose detailed output ends behind its head, and a "LINEAR" walk that
+// can't end.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -37,6 +39,35 @@ TEST(DetailedLinear, ManualFileInBothForms) {
                         ",0.0500,IN,OFF,OFF,,0,OFF,OFF,,,,,,\n" +
                         SETUP_TITLES_PRECISION);
     expect_converts(image, "g", "PIPE-A7,1.2345\nVALVE 3,\n,A:C\n,0.0500\n");
+}
+
+// An unknown instrument has a list form in the corrosion gauge's digits, and
+// a detailed form that stops where the reading table would begin.
+TEST(DetailedLinear, UnknownGageTypeInBothForms) {
+    const std::string unknown_preamble =
+        "UFH: 1,PRODUCT: " + std::string(31, ' ') + ",VERSION: V3.03.03\nFILENAME,TYPE,FILE VERSION,";
+
+    SurveyHeader h = survey_header(0, 9, "U");
+    set_ranges(h, {{"1", "2"}});
+    ImageBuilder image = survey_image(h);
+    write_slot(image, 0, 0, gauge_record({.resolution = 1, .thickness = 12345}));
+    write_slot(image, 0, 1, gauge_record(velocity_reading(23300, 1)));
+    expect_converts(image, "g", "U1, 1.235\nU2, 5918\n");
+    expect_fails_after(image, "d",
+                       unknown_preamble + COLUMNS_LINEAR +
+                           "FILE-NAME.CSV,LINEAR,29,U,1,2,1,STANDARD,0,0," + STAMPS +
+                           IDENTITY_EMPTY + NOTES_EMPTY);
+
+    h.file_type = 2;
+    set_ranges(h, {{"1", "1"}, {"A", "A"}});
+    image = survey_image(h);
+    write_slot(image, 2, 0, {});
+    expect_fails_after(image, "d",
+                       unknown_preamble +
+                           "PREFIX,START COL,START ROW,END COL,END ROW,1ST INC,COL STEP,ROW STEP,"
+                           "PATTERN,# ID,# SETUP,# NOTES,CREATED,LAST SAVED\n"
+                           "FILE-NAME.CSV,2D,29,U,A,1,A,1,ROW,1,1,STANDARD,0,0," + STAMPS +
+                           IDENTITY_EMPTY + NOTES_EMPTY);
 }
 
 // A walk with no increment field doesn't move: it reads slot 0 at every

@@ -175,6 +175,17 @@ std::vector<HeadCase> head_cases() {
                              "," + STAMPS + "DIM2 LABELS:\nDECK,\n\nDIM3 LABELS:\nMID,\n\nDIM4 LABELS:\nL,\nR,\n\n" + NO_IDENTITY});
     }
     {
+        // 65536 x 65535 points: the count passes 2^31 and prints unsigned;
+        // the setup count is the byte as stored.
+        SurveyHeader h = header(2, 5);
+        set_ranges(h, {{"00001", "65536"}, {"00001", "65535"}});
+        h.setup_count = 255;
+        cases.push_back({"2D, counts past 2^31", h,
+                         UFH_CORROSION + NAMES + "PREFIX,START COL,START ROW,END COL,END ROW,1ST INC,COL STEP,ROW STEP," +
+                             TAIL + "\nFILE-NAME.CSV,2D,29,,00001,00001,65535,65536,ROW,1,1,STANDARD,4294901760,255" +
+                             "," + STAMPS});
+    }
+    {
         // LINEAR writes its head with the body; without points the last
         // identifier has no text.
         SurveyHeader h = header(0, 5);
@@ -240,12 +251,19 @@ TEST(DetailedHead, IdentifiersOfEveryKind) {
     SurveyHeader many_points = header(1, 5);
     set_ranges(many_points, {{"01", "21"}, {"1", "1"}});
     for (int i = 0; i < 20; ++i) many_points.custom_point_labels[static_cast<std::size_t>(i)] = std::string(1, 'A' + i);
+    // An elevation of 18 characters and its unit make 21 with the tube: the
+    // identifier keeps 20.
+    SurveyHeader long_elevation = header(5, 5);
+    set_ranges(long_elevation, {{"1", "2"}, {"123456789012345678", "123456789012345678"}, {"7", "7"}});
+    long_elevation.custom_point_labels = {"NW", "SE"};
+    long_elevation.elevation_unit = 2;
     const struct {
         SurveyHeader header;
         const char* ids;
     } cases[] = {
         {two_d_cpt, "VA1IN VA1OUT"},
         {boiler, "0710FTNW 0710FTSE"},
+        {long_elevation, "7123456789012345678F 7123456789012345678F"},
         {many_points, "1A 1B 1C 1D 1E 1F 1G 1H 1I 1J 1K 1L 1M 1N 1O 1P 1Q 1R 1S 1T 1"},
         {labelled(11, {{"1", "2"}, {"E"}, {"T3"}}, {1, 1, 2, 0}), "T3E1 T3E2"},
         {labelled(12, {{"1", "2"}, {"W"}, {"TOP"}, {"K1"}}, {1, 1, 3, 2}), "K1TOPW1 K1TOPW2"},

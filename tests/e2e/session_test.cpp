@@ -118,17 +118,34 @@ TEST(SessionOpenRun, RefusedAndUndecodableHeadersPrintNoLineOfTheirOwn) {
 // measured counts as used, so with no unused dimension below it the file
 // opens. Versions 21 to 23 are refused only above type 5.
 TEST(SessionOpenRun, HeadersThatOpen) {
-    for (const auto& [type, version, c2, c1, c0] :
-         {std::array{4u, 24u, 18u, 1u, 1u}, std::array{2u, 24u, 0u, 19u, 1u}, std::array{0u, 24u, 0u, 0u, 20u},
-          std::array{5u, 22u, 0u, 0u, 1u}, std::array{8u, 20u, 0u, 0u, 1u}}) {
+    const auto counts = [](std::uint32_t type, std::uint32_t version, std::uint32_t c2, std::uint32_t c1,
+                           std::uint32_t c0) {
         SurveyHeader h{.file_version = version, .file_type = type, .c0 = c0, .c1 = c1, .c2 = c2};
         h.start_id = std::string(20, '1');
         h.end_id = std::string(20, '2');
+        return h;
+    };
+    // Outside the manual layout the label count bytes are custom point label
+    // 1: letters there (the count of dimension 0 "zz") are text, not a count.
+    SurveyHeader labels{.file_type = 3};
+    test::set_ranges(labels, {{"1", "2"}, {"1", "2"}, {"1", "2"}});
+    labels.custom_point_labels[1] = "ABCDEFGHIJKLMNzzzzz";
+    for (const SurveyHeader& h : {counts(4, 24, 18, 1, 1), counts(2, 24, 0, 19, 1), counts(0, 24, 0, 0, 20),
+                                  counts(5, 22, 0, 0, 1), counts(8, 20, 0, 0, 1), labels}) {
         test::ScratchDir dir;
         test::survey_image(h).save(dir.file("limits.ugf"));
         const test::RunResult run = test::run_converter_binary({dir.file("limits.ugf"), "g", "a"});
-        EXPECT_NE(run.console.find("STATUS: Exporting"), std::string::npos) << type << " " << version << " " << c2 << " " << c1 << " " << c0;
+        EXPECT_NE(run.console.find("STATUS: Exporting"), std::string::npos) << h.file_type << " " << h.c2;
     }
+}
+
+// The identifier counts are tested once the setups are read: a cut setup
+// table shows its read error first.
+TEST(SessionOpenRun, LimitsAreTestedOnceTheSetupsAreRead) {
+    SurveyHeader split{.file_type = 4, .c2 = 19, .start_id = std::string(19, '1'), .end_id = std::string(19, '1')};
+    ImageBuilder late = test::survey_image(split);
+    late.resize(0x400);
+    expect_open_fails(late, OPENING + "ERROR: FS_READ_ERROR.\n" + FAILED, "c2 of 19, cut setup table");
 }
 
 TEST(SessionOpenRun, ASetupNameWithoutTerminatorFailsTheOpen) {

@@ -327,5 +327,23 @@ TEST(FlawRows, BoxValuesNotesAndAlarms) {
     }
 }
 
+// Kind 37 keeps the text before it: in box 1 the empty text of a new reading
+// (never the last reading's), behind a box of kind 0 its blanks.
+TEST(FlawRows, BoxTextStartsEmptyAndCarriesToTheNextBox) {
+    SurveyHeader h = survey_header(0, 7, "R");
+    set_ranges(h, {{"1", "3"}});
+    ImageBuilder image = survey_image(h);
+    const FlawSetupImage setups[] = {{.box1_kind = 1, .resolution = 1}, {.box1_kind = 37}, {.box2_kind = 37}};
+    for (std::uint32_t i = 0; i < 3; ++i) {
+        write_flaw_setup(image, 0, static_cast<int>(i + 1), setups[i]);
+        write_slot(image, 0, i, flaw_record({.flaw_setup_number = i + 1, .box_value = {12345, 12345, 12345}}));
+    }
+    const Conversion c = convert(image, "d");
+    EXPECT_NE(c.output.value_or("").find("\nR1,IN,GATE 1 THICKNESS, 1.235,,,,,1,,OFF,OFF,OFF,OFF\n"
+                                         "R2,IN,,,,,,,2,,OFF,OFF,OFF,OFF\nR3,IN,OFF,,,      ,,,3,,OFF,OFF,OFF,OFF\n"),
+              std::string::npos)
+        << c.output.value_or("");
+}
+
 }  // namespace
 }  // namespace ugf::test

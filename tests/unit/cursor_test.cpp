@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "ident/cursor.h"
@@ -155,6 +156,22 @@ TEST(CursorWalk, NothingMovesWithoutPatternOrDimension) {
         cursor.dim_position = {1, 1, 0, 0};
         cursor_walk(cursor, c.first, c.second, c.third, c.pattern, TYPE_3D, 0);
         EXPECT_EQ(cursor.dim_position, (std::array<std::int64_t, 4>{1, 1, 0, 0})) << c.pattern;
+    }
+}
+
+// A field naming an unused dimension is walked as it stands: dimension 1 has
+// no positions, so forward it never reaches its size, backward it wraps to
+// size - 1 (-1) and carries at every step.
+TEST(CursorWalk, AFieldNamingAnUnusedDimensionIsWalked) {
+    using Steps = std::array<std::int64_t, 3>;
+    for (const auto& [pattern, p0, p1] : {std::tuple{WALK_STANDARD, Steps{0, 0, 0}, Steps{1, 2, 3}},
+                                          std::tuple{WALK_REVERSE, Steps{2, 1, 0}, Steps{-1, -1, -1}}}) {
+        IdCursor cursor = box(3);
+        for (std::size_t i = 0; i < 3; ++i) {
+            cursor_walk(cursor, 2, 1, 0, pattern, TYPE_3D, 0);
+            EXPECT_EQ(cursor.dim_position[0], p0[i]) << pattern << " step " << i;
+            EXPECT_EQ(cursor.dim_position[1], p1[i]) << pattern << " step " << i;
+        }
     }
 }
 

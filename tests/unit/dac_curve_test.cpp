@@ -127,6 +127,13 @@ TEST(PrepareDacCurve, DisplayScaleDelayAndZeroCounts) {
     p = prepare(microsecond_setup(0), TWO_POINTS, 0);
     EXPECT_EQ(p.frame.counts_per_100_columns, 0u);
     EXPECT_EQ(p.curve.first_column, NO_COLUMN);
+
+    // A range of 2^32 - 1 shown 10% longer passes 2^31: Rt is -2^31, and S
+    // is -2^31 x 80 / 100 / 100 in single precision, -17179870, whose low 16
+    // bits are 56098.
+    s = microsecond_setup(0);
+    s.range = 0xFFFFFFFFu;
+    EXPECT_EQ(prepare(s, TWO_POINTS).frame.counts_per_100_columns, 56098u);
 }
 
 // With no columns the build stops at once, so the collected points show.
@@ -352,6 +359,27 @@ TEST(GateAlarmState, TestsWithoutACurve) {
         const int expected = kind >= 1 && kind <= 14 ? ALARM_ARMED : ALARM_OFF;
         EXPECT_EQ(state(kind, 0, 512, 0), expected) << kind;
     }
+}
+
+// A height of 257 x 256 = 65792 keeps its low 16 bits, 256; a height beyond
+// 32 bits truncates to -2^31, whose low 16 bits are 0.
+TEST(GateAlarmState, CurveHeightKeepsItsLowSixteenBits) {
+    Prepared p{DacCurve{}, hand_frame(100, 100, 0, 0)};
+    p.curve.first_column = 0;
+    p.curve.step = 1.0;
+    p.curve.scale = {256.0, 1e10, 1.0, 1.0};
+    for (std::size_t i = 0; i < 10; ++i) p.curve.table[i] = 257;
+    check_alarms(p, {{4, 3, 257, ALARM_HIGH}, {4, 3, 256, ALARM_ARMED}, {6, 3, 1, ALARM_HIGH}, {6, 3, 0, ALARM_ARMED}});
+}
+
+// Curve samples 65534 counts apart from time 10 have even low 16 bits: they
+// never reach the odd count of the delay (32767) nor the last point's time
+// (65535). The search stops once the time reaches 2^31: no curve.
+TEST(BuildDacCurve, CurveSearchGivesUpAtTwoToThe31) {
+    Prepared p{two_point_curve(0), hand_frame(1, 65534, 32767, 0)};
+    p.curve.points[1] = {65535, 100};
+    EXPECT_EQ(build_dac_curve(p.curve, p.frame), 0);
+    EXPECT_EQ(p.curve.first_column, NO_COLUMN);
 }
 
 TEST(GateAlarmState, AStepOfZeroLeavesNoUsedEntries) {
