@@ -137,7 +137,7 @@ TEST(ScanBlocks, AmplitudePercentOfAnAscanReading) {
 // transmission), or 3.6988 mm (the velocity x 25.4). B-scan points take the
 // units, layout and doubling of the setup: 1234 is 1.234 mm in the precision
 // layout (mm points count in 0.01), 6000 doubled is 1.200 inch; 0xFFFFF marks
-// a point without a value.
+// a point without a value; alarm code 7 has no text.
 TEST(ScanBlocks, DacDepthsAndPointUnits) {
     const struct {
         std::uint32_t gage, units, meas_mode, link_type;
@@ -146,7 +146,7 @@ TEST(ScanBlocks, DacDepthsAndPointUnits) {
         {7, 0, 0, 2, "\n, 0.146 IN,200,100\n, 0.000 IN,150,0\n"},
         {7, 0, 2, 2, "\n, 0.291 IN,200,100\n"},
         {7, 1, 0, 2, "\n,  3.70 MM,200,100\n"},
-        {6, 1, 0, 4, "\n,1, 1.234,MM,OFF, \n,2,,MM,OFF, \n"},
+        {6, 1, 0, 4, "\n,1, 1.234,MM,OFF, \n,2,,MM,OFF, \n,3, 1.000,MM,, \n"},
         {7, 0, 2, 4, "\n,1, 1.200,IN,OFF, \n"},
     };
     for (const auto& c : cases) {
@@ -162,7 +162,8 @@ TEST(ScanBlocks, DacDepthsAndPointUnits) {
                                             .dac_points = {{100, 200}, {0, 150}}});
         } else {
             const RecordImage head = c.gage == 7 ? flaw_record({.record_type = 5}) : gauge_record({.record_type = 5});
-            write_bscan(image, BLOCK, {.head = head, .points = {{.magnitude = magnitude}, {.magnitude = 0xFFFFF}}});
+            write_bscan(image, BLOCK,
+                        {.head = head, .points = {{.magnitude = magnitude}, {.magnitude = 0xFFFFF}, {.alarm = 7, .magnitude = 1000}}});
         }
         const Conversion run = convert(image, "d");
         EXPECT_EQ(run.run.status, 0) << c.line;

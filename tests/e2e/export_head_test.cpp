@@ -251,11 +251,11 @@ TEST(DetailedHead, IdentifiersOfEveryKind) {
     SurveyHeader many_points = header(1, 5);
     set_ranges(many_points, {{"01", "21"}, {"1", "1"}});
     for (int i = 0; i < 20; ++i) many_points.custom_point_labels[static_cast<std::size_t>(i)] = std::string(1, 'A' + i);
-    // An elevation of 18 characters and its unit make 21 with the tube: the
-    // identifier keeps 20.
+    // An elevation of 19 characters and its unit make 21: the dimension text
+    // keeps 20.
     SurveyHeader long_elevation = header(5, 5);
-    set_ranges(long_elevation, {{"1", "2"}, {"123456789012345678", "123456789012345678"}, {"7", "7"}});
-    long_elevation.custom_point_labels = {"NW", "SE"};
+    set_ranges(long_elevation, {{"1", "2"}, {"0000000000000000010", "0000000000000000030", 10}});
+    long_elevation.custom_point_labels[0] = "NORTH";
     long_elevation.elevation_unit = 2;
     const struct {
         SurveyHeader header;
@@ -263,7 +263,8 @@ TEST(DetailedHead, IdentifiersOfEveryKind) {
     } cases[] = {
         {two_d_cpt, "VA1IN VA1OUT"},
         {boiler, "0710FTNW 0710FTSE"},
-        {long_elevation, "7123456789012345678F 7123456789012345678F"},
+        {long_elevation, "0000000000000000010F 0000000000000000010F 0000000000000000020F 0000000000000000020F "
+                         "0000000000000000030F 0000000000000000030F"},
         {many_points, "1A 1B 1C 1D 1E 1F 1G 1H 1I 1J 1K 1L 1M 1N 1O 1P 1Q 1R 1S 1T 1"},
         {labelled(11, {{"1", "2"}, {"E"}, {"T3"}}, {1, 1, 2, 0}), "T3E1 T3E2"},
         {labelled(12, {{"1", "2"}, {"W"}, {"TOP"}, {"K1"}}, {1, 1, 3, 2}), "K1TOPW1 K1TOPW2"},

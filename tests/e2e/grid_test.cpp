@@ -117,6 +117,9 @@ TEST(Grid, EmptySurveys) {
         std::string grid;
     } cases[] = {
         {"empty slots", survey(2, {{"01", "02"}, {"A", "C"}}), ",A,B,C,\n01,,,,\n02,,,,\n"},
+        // Identifier texts are cut by count: the rows take what is left.
+        {"a short text", SurveyHeader{.file_type = 2, .c0 = 2, .c1 = 2, .start_id = "A11", .end_id = "A22"},
+         ",A1,A2,\n1,,,\n2,,,\n"},
         {"2D without dimensions", survey(2, {}), ",\n"}, {"3D without dimensions", survey(4, {}), ",\n,\n"},
         {"4D-MANUAL without labels", manual(12, {}), ",\n,\n,\n"},
     };
@@ -169,6 +172,14 @@ TEST(Grid, CellsOfEveryKindOfSlot) {
     bscan.head.word0 = (bscan.head.word0 & 0x1FFFFFFFu) | (5u << 29);
     test::write_bscan(velocity, BSCAN_OF_VELOCITY, bscan);
     expect_grid(velocity, ",A,\n1,0.2330,\n", "B-scan of a velocity");
+}
+
+// A lost reading shows its note; a note of 31 characters is kept as 30.
+TEST(Grid, LongNoteOfALostReading) {
+    ImageBuilder image = test::survey_image(survey(2, {{"1", "1"}, {"A", "A"}}));
+    test::write_note(image, 2, 0, "CORROSION UNDER INSULATION 1234");
+    test::write_slot(image, 2, 0, test::gauge_record({.los = 1, .note_mask = 1}));
+    expect_grid(image, ",A,\n1,CORROSION UNDER INSULATION 123,\n", "note of 31");
 }
 
 TEST(Grid, LayoutOfTheGageType) {

@@ -130,8 +130,12 @@ TEST(SessionOpenRun, HeadersThatOpen) {
     SurveyHeader labels{.file_type = 3};
     test::set_ranges(labels, {{"1", "2"}, {"1", "2"}, {"1", "2"}});
     labels.custom_point_labels[1] = "ABCDEFGHIJKLMNzzzzz";
+    // A manual file tests the label counts of its own dimensions only.
+    SurveyHeader two_d{.file_type = 10};
+    test::set_manual_labels(two_d, {{"A"}, {"B"}});
+    two_d.dim_label_count[3] = 101;
     for (const SurveyHeader& h : {counts(4, 24, 18, 1, 1), counts(2, 24, 0, 19, 1), counts(0, 24, 0, 0, 20),
-                                  counts(5, 22, 0, 0, 1), counts(8, 20, 0, 0, 1), labels}) {
+                                  counts(5, 22, 0, 0, 1), counts(8, 20, 0, 0, 1), labels, two_d}) {
         test::ScratchDir dir;
         test::survey_image(h).save(dir.file("limits.ugf"));
         const test::RunResult run = test::run_converter_binary({dir.file("limits.ugf"), "g", "a"});

@@ -250,6 +250,9 @@ TEST(GaugeRows, StatusColumnsOfBothGauges) {
         {PRECISION, {.meas_mode = 5}, {.units = 0}, ",MIL ,OFF,OFF,,0,OFF,OFF,,,,,,"},
         {PRECISION, {.meas_mode = 5}, {.units = 1}, ",MICR,OFF,OFF,,0,OFF,OFF,,,,,,"},
         {PRECISION, {.meas_mode = 5}, velocity_with(0, 0, 0), ",IN/US,OFF,OFF,,0,OFF,OFF,,,,,,"},
+        // Units 3 lands past the velocity and mode-5 unit rows: nothing.
+        {CORROSION, {}, velocity_with(3, 0, 0), ",,OFF,OFF,LOW ,OFF,,0,STD,OFF,OFF,,,,,,"},
+        {PRECISION, {.meas_mode = 5}, {.units = 3}, ",,OFF,OFF,,0,OFF,OFF,,,,,,"},
     });
 }
 
