@@ -14,10 +14,10 @@ constexpr std::size_t BLOCK = 6000;
 
 // One point, "B1", whose slot links to a block at BLOCK.
 ImageBuilder linked(std::uint32_t gage, std::uint32_t link_type, std::uint32_t file_version = 24,
-                    std::uint32_t block = BLOCK) {
+                    std::uint32_t block = BLOCK, const char* last = "1") {
     SurveyHeader h = survey_header(0, gage, "B");
     h.file_version = file_version;
-    set_ranges(h, {{"1", "1"}});
+    set_ranges(h, {{"1", last}});
     ImageBuilder image = survey_image(h);
     write_slot(image, 0, 0, link_record(link_type, block));
     return image;
@@ -136,8 +136,8 @@ TEST(ScanBlocks, AmplitudePercentOfAnAscanReading) {
 // velocity: 100 counts at 0.2330 in/us is 0.1456 inch (doubled through
 // transmission), or 3.6988 mm (the velocity x 25.4). B-scan points take the
 // units, layout and doubling of the setup: 1234 is 1.234 mm in the precision
-// layout (mm points count in 0.01), 6000 doubled is 1.200 inch; 0xFFFFF marks
-// a point without a value; alarm code 7 has no text.
+// layout (mm points count in 0.01), -6000 doubled is -1.200 inch; 0xFFFFF
+// marks a point without a value; alarm code 7 has no text.
 TEST(ScanBlocks, DacDepthsAndPointUnits) {
     const struct {
         std::uint32_t gage, units, meas_mode, link_type;
@@ -146,11 +146,13 @@ TEST(ScanBlocks, DacDepthsAndPointUnits) {
         {7, 0, 0, 2, "\n, 0.146 IN,200,100\n, 0.000 IN,150,0\n"},
         {7, 0, 2, 2, "\n, 0.291 IN,200,100\n"},
         {7, 1, 0, 2, "\n,  3.70 MM,200,100\n"},
-        {6, 1, 0, 4, "\n,1, 1.234,MM,OFF, \n,2,,MM,OFF, \n,3, 1.000,MM,, \n"},
-        {7, 0, 2, 4, "\n,1, 1.200,IN,OFF, \n"},
+        {6, 1, 0, 4, "\n,1, 1.234,MM,OFF, \n,2,,MM,OFF, \n,3, 1.000,MM,, \n\nID,THICKNESS,UNITS,"},
+        {7, 0, 2, 4, "\n,1,-1.200,IN,OFF, \n"},
     };
     for (const auto& c : cases) {
-        ImageBuilder image = linked(c.gage, c.link_type);
+        // The B-scan of the precision gauge is followed by a reading: fresh titles.
+        ImageBuilder image = linked(c.gage, c.link_type, 24, BLOCK, c.gage == 6 ? "2" : "1");
+        write_slot(image, 0, 1, gauge_record({.resolution = 1, .thickness = 1000}));
         if (c.gage == 7) {
             write_flaw_setup(image, 0, 0, {.velocity = 23300, .units = c.units, .resolution = 1, .meas_mode = c.meas_mode});
         } else {
@@ -162,13 +164,24 @@ TEST(ScanBlocks, DacDepthsAndPointUnits) {
                                             .dac_points = {{100, 200}, {0, 150}}});
         } else {
             const RecordImage head = c.gage == 7 ? flaw_record({.record_type = 5}) : gauge_record({.record_type = 5});
-            write_bscan(image, BLOCK,
-                        {.head = head, .points = {{.magnitude = magnitude}, {.magnitude = 0xFFFFF}, {.alarm = 7, .magnitude = 1000}}});
+            write_bscan(image, BLOCK, {.head = head, .points = {{.negative = c.gage == 7 ? 1u : 0u, .magnitude = magnitude},
+                                                                {.magnitude = 0xFFFFF}, {.alarm = 7, .magnitude = 1000}}});
         }
         const Conversion run = convert(image, "d");
         EXPECT_EQ(run.run.status, 0) << c.line;
         EXPECT_NE(run.output.value_or("").find(c.line), std::string::npos) << c.line << run.output.value_or("");
     }
+}
+
+// Peak data is stored as byte pairs, the second byte first: 1, 2, 3, 4 are
+// the samples 2, 1, 4, 3.
+TEST(ScanBlocks, PeakDataSwapsItsBytePairs) {
+    ImageBuilder image = linked(7, 2);
+    write_ascan_flaw(image, BLOCK, {.peak_shown = 1, .peak_stored = 1, .max_samples = {9, 9, 9, 9},
+                                    .min_samples = {1, 1, 1, 1}, .peak_bytes = {1, 2, 3, 4}});
+    const Conversion c = convert(image, "d");
+    EXPECT_NE(c.output.value_or("").find("\n,PEAK MAX DATA [4][0][0][0]\n,2,1,4,3,\n,"), std::string::npos)
+        << c.output.value_or("");
 }
 
 }  // namespace

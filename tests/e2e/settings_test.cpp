@@ -66,9 +66,9 @@ TEST(SetupRows, CorrosionAndPrecisionGauges) {
          {.alarm_type = 6, .diff_type = 3, .units = 2, .measurement_type = 1, .transducer = 194},
          "0,-----,    0,    0,,  0.00,,  0.00,  0.00,0,  0.00,LOW ,,0,0,  0.00,OFF,+0.00000,   0 F,OFF,VELOCITY\n"},
         {"measurement type 3 repeats the transducer; units 3",
-         {.alarm_type = 7, .units = 3, .resolution = 1, .measurement_type = 3, .transducer = 1},
-         "0,ALARM,    0,    0,OFF,  0.00,,  0.00,  0.00,0,  0.00,LOW ,XDCR-02 2.25 MHZ,0,0,  0.00,"
-         "OFF,+0.00000,   0 F,OFF,XDCR-02 2.25 MHZ\n"},
+         {.alarm_type = 7, .units = 3, .resolution = 1, .measurement_type = 3, .transducer = 8},
+         "0,ALARM,    0,    0,OFF,  0.00,,  0.00,  0.00,0,  0.00,LOW ,XDCR-09 1.0 MHZ,0,0,  0.00,"
+         "OFF,+0.00000,   0 F,OFF,XDCR-09 1.0 MHZ\n"},
         {"a long first piece is cut at 99 characters",
          {.alarm_type = 5, .diff_type = 1, .resolution = 1, .low_alarm = 1000, .high_alarm = 123456,
           .diff_reference = 12345, .bs_range = 20000, .alarm_percent = 255, .transducer = 25, .velocity = 4294967295u,
