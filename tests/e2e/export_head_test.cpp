@@ -100,18 +100,18 @@ std::vector<HeadCase> head_cases() {
     }
     {
         // A step above 65535 shows its low 16 bits; a pattern without a name
-        // leaves its cell empty.
+        // leaves its cell empty; increment 1 names the point.
         SurveyHeader h = header(4, 7);
         set_ranges(h, {{"000000", "200000", 100000}, {"01", "02"}, {"X", "Y"}});
-        h.first_inc = 2;
-        h.second_inc = 3;
+        h.first_inc = 3;
+        h.second_inc = 1;
         h.walk_pattern = 4;
         h.setup_count = 32;
         cases.push_back({"3D", h,
                          UFH_FLAW + NAMES +
                              "PREFIX,START COL,START ROW,START POINT,END COL,END ROW,END POINT,1ST INC,2ND INC,"
                              "COL STEP,ROW STEP,POINT STEP," +
-                             TAIL + "\n" + "FILE-NAME.CSV,3D,29,,X,01,000000,Y,02,200000,ROW,COL,1,1,34464,,12,32" +
+                             TAIL + "\n" + "FILE-NAME.CSV,3D,29,,X,01,000000,Y,02,200000,COL,POINT,1,1,34464,,12,32" +
                              "," + STAMPS + NO_IDENTITY});
     }
     {
