@@ -35,9 +35,7 @@ struct Sample {
 
 // A corrosion gauge 2D survey with readings, an A-scan and a B-scan.
 Sample corrosion_2d() {
-    SurveyHeader h;
-    h.file_type = 2;
-    h.gage_type = 5;
+    SurveyHeader h{.file_type = 2, .gage_type = 5};
     h.prefix = "P7-";
     h.id_count = 12;
     h.setup_count = 1;
@@ -66,9 +64,7 @@ Sample corrosion_2d() {
 
 // A flaw detector 3D survey with an A-scan carrying DAC points and peaks.
 Sample flaw_3d() {
-    SurveyHeader h;
-    h.file_type = 4;
-    h.gage_type = 7;
+    SurveyHeader h{.file_type = 4, .gage_type = 7};
     h.file_version = 9;
     h.id_count = 8;
     h.setup_count = 1;
@@ -99,9 +95,7 @@ Sample flaw_3d() {
 
 // A precision gauge 4D-MANUAL survey with labels.
 Sample precision_4d_manual() {
-    SurveyHeader h;
-    h.file_type = 12;
-    h.gage_type = 6;
+    SurveyHeader h{.file_type = 12, .gage_type = 6};
     h.id_count = 16;
     h.fourth_inc = 4;
     set_manual_labels(h, {{"1", "2"}, {"E", "W"}, {"U", "L"}, {"T1", "T2"}});
@@ -224,8 +218,7 @@ TEST(DamagedFiles, TitlesBeyondTheFileFailAtOnce) {
         {"2D, rows without cells that can't be counted", 2, {{"A", "1"}}},
     };
     for (const Case& c : cases) {
-        SurveyHeader h;
-        h.file_type = c.file_type;
+        SurveyHeader h{.file_type = c.file_type};
         set_ranges(h, c.dims);
         ImageBuilder image = survey_image(h);
         write_slot(image, c.file_type, 20, gauge_record({.thickness = 1}));
@@ -233,8 +226,7 @@ TEST(DamagedFiles, TitlesBeyondTheFileFailAtOnce) {
         image.save(dir.file("wide.ugf"));
         RunResult run = run_converter_binary({dir.file("wide.ugf"), "g", "a"}, "", 20);
         EXPECT_EQ(run.console,
-                  "STATUS: Opening Datalogger Session...\n"
-                  "STATUS: Exporting Data Logger File...\n"
+                  "STATUS: Opening Datalogger Session...\n" "STATUS: Exporting Data Logger File...\n"
                   "ERROR: FS_READ_ERROR.\n"
                   "ERROR: Operation failed!\n")
             << c.name;
@@ -272,8 +264,7 @@ namespace {
 // Storage indexes of 2^28 and beyond alias the first slots (offsets wrap at
 // 2^32); a grid reads at most one cell more than the file has slots.
 TEST(DamagedFiles, AliasedSlotsEndWithTheFile) {
-    SurveyHeader h;
-    h.file_type = 2;
+    SurveyHeader h{.file_type = 2};
     set_ranges(h, {{"000000000", "268435455"}, {"A", "C"}});
     ImageBuilder image = survey_image(h);
     for (std::uint32_t i = 0; i < 3; ++i) {
@@ -284,8 +275,7 @@ TEST(DamagedFiles, AliasedSlotsEndWithTheFile) {
     image.save(dir.file("alias.ugf"));
     RunResult run = run_converter_binary({dir.file("alias.ugf"), "g", "a"}, "", 20);
     EXPECT_EQ(run.console,
-              "STATUS: Opening Datalogger Session...\n"
-              "STATUS: Exporting Data Logger File...\n"
+              "STATUS: Opening Datalogger Session...\n" "STATUS: Exporting Data Logger File...\n"
               "ERROR: Operation failed!\n");
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(read_output(dir.file("alias_grid_output.csv")),

@@ -67,27 +67,20 @@ const std::string CORROSION_FILE =
     "PREFIX,START COL,START CUSTOM POINT,END COL,END CUSTOM POINT,1ST INC,COL STEP,PATTERN,"
     "# ID,# SETUP,# NOTES,CREATED,LAST SAVED\n"
     "FILE-NAME.CSV,LINEAR+CPT,29,TK-,01,NORTH,02,SOUTH,CUSTOM POINT,1,STANDARD,4,1," + STAMPS +
-    "DESCRIPTION:,BOILER FEED LINE\n"
-    "LOCATION:,UNIT 2\n"
+    "DESCRIPTION:,BOILER FEED LINE\n" "LOCATION:,UNIT 2\n"
     "INSPECTOR ID:,JD-7\n" +
     CUSTOM_POINTS_TITLE + "0,NORTH\n1,SOUTH\n" + CUSTOM_POINTS_2_TO_19 +
     "\nNOTES DESIGNATOR,NOTE TEXT\n"
     "A,PITTING\nB,\nC,WELD SEAM\nD,\nE,\nF,\nG,\nH,\nI,\nJ,\nK,\nL,\nM,\nN,\nO,\nP,\n" +
     TITLES_CORROSION +
     "TK-01NORTH, 1.235,IN,OFF,ABSOLUTE,40DB,OFF,AC,0,STD,OFF,OFF,0.030,COATING, 1.200,MIN, 1.250,MAX\n"
-    "TK-01SOUTH,,,,,,,,,,,,,,,,,\n"
-    "TK-02NORTH,  4.57,MM,HIGH,ABSOLUTE,40DB,MIN/MAX,,0,E TO E,OFF,ON,,,,,,\n"
-    ",MAX DATA [3][7][2]\n"
-    ",10,20,30,\n"
-    ",\n"
-    ",MIN DATA [3][7][2]\n"
-    ",1,2,3,\n"
+    "TK-01SOUTH,,,,,,,,,,,,,,,,,\n" "TK-02NORTH,  4.57,MM,HIGH,ABSOLUTE,40DB,MIN/MAX,,0,E TO E,OFF,ON,,,,,,\n"
+    ",MAX DATA [3][7][2]\n" ",10,20,30,\n" ",\n" ",MIN DATA [3][7][2]\n" ",1,2,3,\n"
     ",DELAY=12.34MM,RANGE=50.00MM,RECT=FULL,ZOOM=ON,FREEZE=OFF,MB BLANK=10,IF BLANK=20,"
     "MARKER1=5,MARKER2=20,WAVEFORM=FILLED\n" +
     TITLES_CORROSION +
     "TK-02SOUTH, 0.500,IN,OFF,ABSOLUTE,40DB,OFF,P,0,STD,ON,OFF,,,,,,\n" + BSCAN_TITLE +
-    ",1, 1.235,IN,OFF, \n"
-    ",2,--.---,IN,LOW,MIN\n"
+    ",1, 1.235,IN,OFF, \n" ",2,--.---,IN,LOW,MIN\n"
     ",3,-0.010,IN,HIGH,MAX\n" +
     SETUP_TITLES_CORROSION +
     "0,IN,0.23300,0.23000,ABSOLUTE, 0.200,OFF, 0.100, 2.000,10, 0.000,40DB,XDCR-01 1.0 MHZ,12,8,"
@@ -154,107 +147,15 @@ TEST(DetailedGauges, PrecisionGaugeFileFromFirstLineToLast) {
             NOTES_EMPTY + TITLES_PRECISION +
             "PA1,12.345,MM,OFF,ON,B,0,OFF,OFF, 0.050,OXIDE,-.----,MAX-MIN,,\n"
             "PA2, 12.34,MIL ,ON,MAX-MIN,,3,OFF,OFF, 212 F,TEMP, 10.00,MIN, 15.00,MAX\n"
-            "PB1, 5918,M/S,OFF,OFF,,0,OFF,OFF,,,,,,\n"
-            "PB2, 20.00,MIL ,OFF,OFF,,3,OFF,ON,,,,,,\n"
-            ",MAX DATA [2][0][0]\n"
-            ",300,400,\n"
-            ",\n"
-            ",MIN DATA [2][0][0]\n"
-            ",100,200,\n"
+            "PB1, 5918,M/S,OFF,OFF,,0,OFF,OFF,,,,,,\n" "PB2, 20.00,MIL ,OFF,OFF,,3,OFF,ON,,,,,,\n"
+            ",MAX DATA [2][0][0]\n" ",300,400,\n" ",\n" ",MIN DATA [2][0][0]\n" ",100,200,\n"
             ",DELAY=1.00MIL ,RANGE=50.00MIL ,RECT= RF ,ZOOM=OFF,FREEZE=ON,WAVEFORM=OUTLINE,"
             "MARKER1=3,MB BLANK=4,MARKER2=9,IF BLANK=7,MARKER3=11,C3 BLANK=2,ECHO WIND=-5,\n" +
             SETUP_TITLES_PRECISION +
             "0,STEEL,C1,MM, 5920,-12,OFF, 0.000,OFF, 0.000, 0.000,0, 0.000,00.5,12.3,00.0,"
-            "XDCR-02 2.25 MHZ,5.0 MHZ,0.05 US,0.00 US,0.00 US,0.00 US,+,+,30 V, 0.000,"
-            "OFF,+0.00000,-17.3 C,OFF\n"
+            "XDCR-02 2.25 MHZ,5.0 MHZ,0.05 US,0.00 US,0.00 US,0.00 US,+,+,30 V, 0.000," "OFF,+0.00000,-17.3 C,OFF\n"
             "3,FOIL,CP,MIL ,0.23300,0,OFF,  0.00,OFF,  0.00,  0.00,0,  0.00,00.0,00.0,00.0,,"
             ".0 MHZ,0.00 US,0.00 US,0.00 US,0.00 US,+,+,30 V,0.0000,OFF,+0.00000,   0 F,OFF\n");
-}
-
-// A lost signal replaces the thickness and the coating, oxide and difference
-// values, and nothing else: the status columns, the temperature, the minimum
-// and maximum and the max-min span stay. The setup (which isn't listed) is in
-// percent differential mode.
-TEST(DetailedGauges, LostSignalRowsWithEveryPairKind) {
-    SurveyHeader h = survey_header(0, 5, "S");
-    set_ranges(h, {{"1", "5"}});
-    ImageBuilder image = survey_image(h);
-    write_gauge_setup(image, 0, 0,
-                      {.setup_present = 0, .diff_type = 2, .resolution = 1,
-                       .diff_reference = 10000, .gain_mode = 1});
-    const GaugeReading lost{.los = 1, .resolution = 1, .thickness = 9000};
-    GaugeReading r = lost;
-    r.first_kind = 1, r.second_kind = 2, r.first_value = 300;
-    write_slot(image, 0, 0, gauge_record(r));
-    r = lost;
-    r.first_kind = 2, r.second_kind = 3, r.first_value = 40, r.min_value = 2500;
-    write_slot(image, 0, 1, gauge_record(r));
-    r = lost;
-    r.first_kind = 3, r.second_kind = 1, r.first_value = 212, r.max_value = 3000;
-    write_slot(image, 0, 2, gauge_record(r));
-    r = lost;
-    r.alarm_state = 2, r.fast_mode = 1, r.note_mask = 1;
-    write_slot(image, 0, 3, gauge_record(r));
-    write_slot(image, 0, 4,
-               gauge_record({.resolution = 1, .thickness = 11000, .first_kind = 1,
-                             .second_kind = 2, .first_value = 2}));
-
-    expect_converts(
-        image, "d",
-        PREAMBLE_CORROSION + COLUMNS_LINEAR + "FILE-NAME.CSV,LINEAR,29,S,1,5,1,STANDARD,0,0," +
-            STAMPS + IDENTITY_EMPTY + NOTES_EMPTY + TITLES_CORROSION +
-            "S1,--.---,IN,OFF,PERCENT,STD ,OFF,,0,STD,OFF,OFF,--.---,COATING,--.---,DIFF,,\n"
-            "S2,--.---,IN,OFF,PERCENT,STD ,OFF,,0,STD,OFF,OFF,-.----,OXIDE, 0.250,MAX-MIN,,\n"
-            "S3,--.---,IN,OFF,PERCENT,STD ,OFF,,0,STD,OFF,OFF, 212 F,TEMP, 0.000,MIN, 0.300,MAX\n"
-            "S4,--.---,IN,LOW,PERCENT,STD ,ON,A,0,STD,OFF,OFF,,,,,,\n"
-            "S5, 1.100,IN,OFF,PERCENT,STD ,OFF,,0,STD,OFF,OFF,--.---,COATING, 10%,DIFF,,\n" +
-            SETUP_TITLES_CORROSION);
-}
-
-// A B-scan as the first reading and an A-scan in the middle are followed by
-// fresh titles; the B-scan at the end is not. Velocity readings show their
-// velocity and its unit, keep the first pair and drop the second; an A-scan
-// head can be a velocity reading too. A link is tested as it stands: one
-// whose offset looks like the velocity marker makes its row a velocity row
-// of the link's own (empty) velocity.
-TEST(DetailedGauges, VelocityReadingsAndScansAtBothEnds) {
-    SurveyHeader h = survey_header(0, 5, "L");
-    set_ranges(h, {{"1", "4"}});
-    ImageBuilder image = survey_image(h);
-    write_slot(image, 0, 0, link_record(4, 6000));
-    GaugeReading velocity = velocity_reading(23300, 1);
-    velocity.first_kind = 3, velocity.second_kind = 1, velocity.first_value = 68;
-    write_slot(image, 0, 1, gauge_record(velocity));
-    write_slot(image, 0, 2, link_record(2, 8000));
-    // thick_hi 15 (word0 bits 8 to 5) and a link whose low half is 0xFFFA.
-    write_slot(image, 0, 3, link_record(4, 0xFFFA, 0xFu << 5));
-    write_bscan(image, 6000,
-                {.head = gauge_record({.record_type = 5, .bscan_mode = 2, .resolution = 1,
-                                       .thickness = 7000})});
-    GaugeReading ascan_head = velocity_reading(23300, 0);
-    ascan_head.record_type = 3;
-    write_ascan_thickness(image, 8000,
-                          {.head = ascan_head, .min_samples = {8}, .max_samples = {9}, .range = 1000});
-    write_bscan(image, 0xFFFA,
-                {.head = gauge_record({.record_type = 5, .resolution = 1, .thickness = 5000})});
-    image.resize(0xFFFA + BSCAN_POINTS_AT);
-
-    expect_converts(
-        image, "d",
-        PREAMBLE_CORROSION + COLUMNS_LINEAR + "FILE-NAME.CSV,LINEAR,29,L,1,4,1,STANDARD,0,0," +
-            STAMPS + IDENTITY_EMPTY + NOTES_EMPTY + TITLES_CORROSION +
-            "L1, 0.700,IN,OFF,OFF,LOW ,OFF,,0,STD,ON,OFF,,,,,,\n" + BSCAN_TITLE + TITLES_CORROSION +
-            "L2, 5918,M/S,OFF,OFF,LOW ,OFF,,0,STD,OFF,OFF, 20.4 C,TEMP,,,,\n"
-            "L3,0.2330,IN/US,OFF,OFF,LOW ,OFF,,0,STD,OFF,ON,,,,,,\n"
-            ",MAX DATA [1][0][0]\n"
-            ",9,\n"
-            ",\n"
-            ",MIN DATA [1][0][0]\n"
-            ",8,\n"
-            ",DELAY=0.000IN,RANGE=1.000IN,RECT= RF ,ZOOM=ON,FREEZE=OFF,MB BLANK=0,IF BLANK=0,"
-            "MARKER1=0,MARKER2=0,WAVEFORM=FILLED\n" +
-            TITLES_CORROSION + "L4,0.0000,IN/US,OFF,OFF,LOW ,OFF,,0,STD,OFF,OFF,,,,,,\n" +
-            BSCAN_TITLE + SETUP_TITLES_CORROSION);
 }
 
 }  // namespace

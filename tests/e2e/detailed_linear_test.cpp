@@ -1,6 +1,7 @@
-// "LINEAR" and "MANUAL" files in both output forms (the whole detailed file,
-// and the list of one identifier and value a reading), and instruments of an
-// unknown gage type, whose detailed output ends behind its head.
+// "MANUAL" files in both output forms (the whole detailed file, and the list
+// of one identifier and value a reading), instruments of an unknown gage
+// type, whose detailed output ends behind its head, and a "LINEAR" walk that
+// can't end.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -10,47 +11,6 @@
 namespace ugf::test {
 namespace {
 
-// Three columns: a reading, a B-scan whose block head has `block_type`, and a
-// lost signal with note C attached.
-ImageBuilder linear_survey(std::uint32_t block_type) {
-    SurveyHeader h = survey_header(0, 5, "TK");
-    h.id_count = 3;
-    set_ranges(h, {{"001", "003"}});
-    ImageBuilder image = survey_image(h);
-    write_note(image, 0, 2, "GOUGE");
-    write_slot(image, 0, 0, gauge_record({.resolution = 1, .thickness = 12345}));
-    write_slot(image, 0, 1, link_record(4, 6000));
-    write_slot(image, 0, 2, gauge_record({.los = 1, .note_mask = 4}));
-    // The points are shown with the setup's units and resolution (setup 0 is
-    // all zeros: inches, two decimals), not with the reading's.
-    write_bscan(image, 6000,
-                {.head = gauge_record({.record_type = block_type, .bscan_mode = 1,
-                                       .resolution = 1, .thickness = 5000}),
-                 .points = {{.magnitude = 4000}}});
-    return image;
-}
-
-const std::string LINEAR_HEAD =
-    PREAMBLE_CORROSION + COLUMNS_LINEAR + "FILE-NAME.CSV,LINEAR,29,TK,001,003,1,STANDARD,3,0," +
-    STAMPS + IDENTITY_EMPTY +
-    "\nNOTES DESIGNATOR,NOTE TEXT\n"
-    "A,\nB,\nC,GOUGE\nD,\nE,\nF,\nG,\nH,\nI,\nJ,\nK,\nL,\nM,\nN,\nO,\nP,\n" +
-    TITLES_CORROSION + "TK001, 1.235,IN,OFF,OFF,LOW ,OFF,,0,STD,OFF,OFF,,,,,,\n";
-
-// The list form shows a lost signal by its note, and never loads a B-scan:
-// a block head of the wrong type passes there and fails the detailed form.
-TEST(DetailedLinear, LinearFileInBothForms) {
-    const std::string list = "TK001, 1.235\nTK002, 0.500\nTK003,GOUGE\n";
-    expect_converts(linear_survey(5), "d",
-                    LINEAR_HEAD + "TK002, 0.500,IN,OFF,OFF,LOW ,OFF,,0,STD,ON,OFF,,,,,,\n" +
-                        BSCAN_TITLE + ",1, 0.40,IN,OFF, \n" + TITLES_CORROSION +
-                        "TK003,--.---,IN,OFF,OFF,LOW ,OFF,C,0,STD,OFF,OFF,,,,,,\n" +
-                        SETUP_TITLES_CORROSION);
-    expect_converts(linear_survey(5), "g", list);
-
-    expect_converts(linear_survey(3), "g", list);
-    expect_fails_after(linear_survey(3), "d", LINEAR_HEAD);
-}
 
 // "MANUAL" takes its slots in storage order whatever the pattern says, each
 // with the identifier stored beside it; one that has no terminator within its
@@ -74,8 +34,7 @@ TEST(DetailedLinear, ManualFileInBothForms) {
                         "PREFIX,PATTERN,# ID,# SETUP,# NOTES,CREATED,LAST SAVED\n"
                         "FILE-NAME.CSV,MANUAL,29,M-,REVERSE,4,0," + STAMPS + IDENTITY_EMPTY +
                         NOTES_EMPTY + TITLES_PRECISION +
-                        "PIPE-A7,1.2345,IN,OFF,OFF,,0,OFF,OFF,,,,,,\n"
-                        "VALVE 3,,,,,,,,,,,,,,\n"
+                        "PIPE-A7,1.2345,IN,OFF,OFF,,0,OFF,OFF,,,,,,\n" "VALVE 3,,,,,,,,,,,,,,\n"
                         ",-.---,IN,OFF,OFF,AC,0,OFF,OFF,--.---,COATING,-.----,MIN,-.----,MAX\n"
                         ",0.0500,IN,OFF,OFF,,0,OFF,OFF,,,,,,\n" +
                         SETUP_TITLES_PRECISION);
@@ -129,25 +88,6 @@ TEST(DetailedLinear, StuckWalkEndsWithTheFile) {
                            "FILE-NAME.CSV,LINEAR,29,S,1,9,1,STANDARD,0,0," + STAMPS + IDENTITY_EMPTY +
                            NOTES_EMPTY + TITLES_CORROSION + row + row + row + row);
     expect_fails_after(image, "g", "S1, 1.235\nS1, 1.235\nS1, 1.235\nS1, 1.235\n");
-}
-
-// A sound walk of a file cut at a slot boundary reads every slot there is and
-// then reports the missing one: the bound on visits never hides that line.
-TEST(DetailedLinear, FileCutAtASlotBoundaryReportsTheMissingSlot) {
-    SurveyHeader h = survey_header(0, 5, "S");
-    set_ranges(h, {{"1", "9"}});
-    ImageBuilder image = survey_image(h);
-    for (std::uint32_t i = 0; i < 3; ++i) write_slot(image, 0, i, gauge_record({.resolution = 1, .thickness = 12345}));
-    image.resize(slot_at(0, 3));
-    for (const char* form : {"d", "g"}) {
-        const Conversion c = convert(image, form);
-        EXPECT_EQ(c.run.console,
-                  "STATUS: Opening Datalogger Session...\n"
-                  "STATUS: Exporting Data Logger File...\n"
-                  "ERROR: FS_READ_ERROR.\n"
-                  "ERROR: Operation failed!\n")
-            << form;
-    }
 }
 
 }  // namespace

@@ -9,9 +9,7 @@ namespace ugf::test {
 
 SurveyHeader survey_header(std::uint32_t file_type, std::uint32_t gage_type,
                            const std::string& prefix) {
-    SurveyHeader h;
-    h.file_type = file_type;
-    h.gage_type = gage_type;
+    SurveyHeader h{.file_type = file_type, .gage_type = gage_type};
     h.prefix = prefix;
     return h;
 }

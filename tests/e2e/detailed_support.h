@@ -61,8 +61,7 @@ inline const std::string SETUP_TITLES_PRECISION =
     "TEMPERATURE COEFFICIENT,TEMPERATURE CALIBRATION,AUTO PHASE DETECT\n";
 
 inline const std::string FAILED_CONSOLE =
-    "STATUS: Opening Datalogger Session...\n"
-    "STATUS: Exporting Data Logger File...\n"
+    "STATUS: Opening Datalogger Session...\n" "STATUS: Exporting Data Logger File...\n"
     "ERROR: Operation failed!\n";
 
 struct Conversion {

@@ -6,19 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "support/scratch.h"
-#include "support/survey_image.h"
+#include "detailed_support.h"
 
 namespace ugf {
 namespace {
 
 using test::ImageBuilder;
 using test::SurveyHeader;
-
-const std::string OPENING = "STATUS: Opening Datalogger Session...\n";
-const std::string EXPORTING = "STATUS: Exporting Data Logger File...\n";
-const std::string READ_ERROR = "ERROR: FS_READ_ERROR.\n";
-const std::string FAILED = "ERROR: Operation failed!\n";
 
 // Cell i of the worked surveys holds a corrosion gauge reading of
 // (i + 1) x 0.1 inch with three decimals.
@@ -44,39 +38,22 @@ ImageBuilder with_readings(const SurveyHeader& h, std::uint32_t count) {
     return image;
 }
 
-struct Converted {
-    test::RunResult run;
-    std::string grid;
-};
-
 // A verbose grid run: the console must echo the file between the status lines.
-Converted convert(const ImageBuilder& image) {
-    test::ScratchDir dir;
-    image.save(dir.file("survey.ugf"));
-    Converted c;
-    c.run = test::run_converter_binary({dir.file("survey.ugf"), "g", "v"});
-    c.grid = test::read_output(dir.file("survey_grid_output.csv")).value_or("<none>");
-    return c;
-}
-
 void expect_grid(const ImageBuilder& image, const std::string& grid, const std::string& name) {
-    const Converted c = convert(image);
-    EXPECT_EQ(c.grid, grid) << name;
+    const test::Conversion c = test::convert(image, "g", "v");
+    EXPECT_EQ(c.output, grid) << name;
     EXPECT_EQ(c.run.console, test::console_of_success(grid)) << name;
     EXPECT_EQ(c.run.status, 0) << name;
 }
 
 SurveyHeader survey(std::uint32_t file_type, const std::vector<test::DimRange>& dims) {
-    SurveyHeader h;
-    h.file_type = file_type;
-    h.id_count = 1;
+    SurveyHeader h{.file_type = file_type, .id_count = 1};
     test::set_ranges(h, dims);
     return h;
 }
 
 SurveyHeader manual(std::uint32_t file_type, const std::vector<std::vector<std::string>>& labels) {
-    SurveyHeader h;
-    h.file_type = file_type;
+    SurveyHeader h{.file_type = file_type};
     test::set_manual_labels(h, labels);
     return h;
 }
@@ -113,13 +90,11 @@ TEST(Grid, TablesOfEveryShape) {
         {"2D, one point", survey(2, {{"01", "01"}, {"A", "A"}}), 1, ",A,\n01," + cells({0}) + "\n"},
         {"2D+CPT", two_d_cpt, 4, ",A,,B,,\n,IN,OUT,IN,OUT,\n1," + cells({0, 1, 2, 3}) + ",\n"},
         {"3D", three_d(), 12,
-         ",A,,,B,,,\n"
-         ",X,Y,Z,X,Y,Z,\n"
+         ",A,,,B,,,\n" ",X,Y,Z,X,Y,Z,\n"
          "1," + cells({0, 1, 2, 6, 7, 8}) + ",\n"
          "2," + cells({3, 4, 5, 9, 10, 11}) + ",\n"},
         {"BOILER", boiler, 24,
-         ",01,,02,,03,,04,,\n"
-         ",NORTH,SOUTH,NORTH,SOUTH,NORTH,SOUTH,NORTH,SOUTH,\n"
+         ",01,,02,,03,,04,,\n" ",NORTH,SOUTH,NORTH,SOUTH,NORTH,SOUTH,NORTH,SOUTH,\n"
          "10FT," + cells({0, 1, 6, 7, 12, 13, 18, 19}) + ",\n"
          "20FT," + cells({2, 3, 8, 9, 14, 15, 20, 21}) + ",\n"
          "30FT," + cells({4, 5, 10, 11, 16, 17, 22, 23}) + ",\n"},
@@ -128,27 +103,11 @@ TEST(Grid, TablesOfEveryShape) {
         // One point a group: no empty titles behind the group's title.
         {"3D-MANUAL", manual(11, {{"1"}, {"R"}, {"P", "Q"}}), 2, ",P,Q,\n,1,1,\nR," + cells({0, 1}) + ",\n"},
         {"4D-MANUAL", manual(12, {{"1", "2"}, {"E", "W"}, {"U", "L"}, {"T1", "T2"}}), 16,
-         ",T1,,,,T2,,,,\n"
-         ",U,,L,,U,,L,,\n"
-         ",1,2,1,2,1,2,1,2,\n"
+         ",T1,,,,T2,,,,\n" ",U,,L,,U,,L,,\n" ",1,2,1,2,1,2,1,2,\n"
          "E," + cells({0, 1, 4, 5, 8, 9, 12, 13}) + ",\n"
          "W," + cells({2, 3, 6, 7, 10, 11, 14, 15}) + ",\n"},
     };
     for (const auto& c : cases) expect_grid(with_readings(c.header, c.points), c.grid, c.name);
-}
-
-TEST(Grid, CellsFollowPositionsNotTheWalk) {
-    const std::string standard = ",A,,,B,,,\n,X,Y,Z,X,Y,Z,\n1," + cells({0, 1, 2, 6, 7, 8}) + ",\n2," +
-                                 cells({3, 4, 5, 9, 10, 11}) + ",\n";
-    for (std::uint32_t pattern : {0u, 1u, 2u, 3u}) {
-        SurveyHeader h = three_d();
-        h.walk_pattern = pattern;
-        h.first_inc = 3;
-        h.second_inc = 1;
-        h.third_inc = 2;
-        h.current_index = 7;
-        expect_grid(with_readings(h, 12), standard, "pattern " + std::to_string(pattern));
-    }
 }
 
 TEST(Grid, EmptySurveys) {
@@ -158,8 +117,10 @@ TEST(Grid, EmptySurveys) {
         std::string grid;
     } cases[] = {
         {"empty slots", survey(2, {{"01", "02"}, {"A", "C"}}), ",A,B,C,\n01,,,,\n02,,,,\n"},
-        {"2D without dimensions", survey(2, {}), ",\n"},
-        {"3D without dimensions", survey(4, {}), ",\n,\n"},
+        // Identifier texts are cut by count: the rows take what is left.
+        {"a short text", SurveyHeader{.file_type = 2, .c0 = 2, .c1 = 2, .start_id = "A11", .end_id = "A22"},
+         ",A1,A2,\n1,,,\n2,,,\n"},
+        {"2D without dimensions", survey(2, {}), ",\n"}, {"3D without dimensions", survey(4, {}), ",\n,\n"},
         {"4D-MANUAL without labels", manual(12, {}), ",\n,\n,\n"},
     };
     for (const auto& c : cases) {
@@ -167,17 +128,6 @@ TEST(Grid, EmptySurveys) {
         image.resize(test::slot_at(c.header.file_type, 6));  // room for six empty slots
         expect_grid(image, c.grid, c.name);
     }
-}
-
-TEST(Grid, AFileEndingInsideTheRecordTableBreaksOffInsideARow) {
-    // Row 01 holds the slots 0, 2 and 4; slot 4 is cut after two bytes.
-    ImageBuilder image = with_readings(survey(2, {{"01", "02"}, {"A", "C"}}), 6);
-    image.resize(test::slot_at(2, 4) + 2);
-    const Converted c = convert(image);
-    const std::string written = ",A,B,C,\n01," + cells({0, 2});
-    EXPECT_EQ(c.grid, written);
-    EXPECT_EQ(c.run.console, OPENING + EXPORTING + written + READ_ERROR + FAILED);
-    EXPECT_EQ(c.run.status, 1);
 }
 
 TEST(Grid, CellsOfEveryKindOfSlot) {
@@ -222,6 +172,14 @@ TEST(Grid, CellsOfEveryKindOfSlot) {
     bscan.head.word0 = (bscan.head.word0 & 0x1FFFFFFFu) | (5u << 29);
     test::write_bscan(velocity, BSCAN_OF_VELOCITY, bscan);
     expect_grid(velocity, ",A,\n1,0.2330,\n", "B-scan of a velocity");
+}
+
+// A lost reading shows its note; a note of 31 characters is kept as 30.
+TEST(Grid, LongNoteOfALostReading) {
+    ImageBuilder image = test::survey_image(survey(2, {{"1", "1"}, {"A", "A"}}));
+    test::write_note(image, 2, 0, "CORROSION UNDER INSULATION 1234");
+    test::write_slot(image, 2, 0, test::gauge_record({.los = 1, .note_mask = 1}));
+    expect_grid(image, ",A,\n1,CORROSION UNDER INSULATION 123,\n", "note of 31");
 }
 
 TEST(Grid, LayoutOfTheGageType) {

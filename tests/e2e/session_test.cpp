@@ -1,8 +1,10 @@
-// Files that can't be opened as a session, run on the real binary: the read
-// error line where there is one, the failure line, status 1, no output file,
-// an older output file untouched and the input unchanged.
+// Headers that open a session and headers that can't, run on the real
+// binary: a refused file prints the failure line alone, leaves status 1, no
+// output file, an older output file untouched and the input unchanged.
+// (Files cut inside any region are the damaged-file runs' subject.)
 #include <gtest/gtest.h>
 
+#include <array>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -17,7 +19,6 @@ using test::ImageBuilder;
 using test::SurveyHeader;
 
 const std::string OPENING = "STATUS: Opening Datalogger Session...\n";
-const std::string READ_ERROR = "ERROR: FS_READ_ERROR.\n";
 const std::string FAILED = "ERROR: Operation failed!\n";
 const std::string OLDER_DETAILED = "older detailed output\n";
 const std::string OLDER_GRID = "older grid output\n";
@@ -48,9 +49,7 @@ void expect_open_fails(const ImageBuilder& image, const std::string& console, co
 // A file that opens: header texts, labels in the manual layout, a setup in
 // the first and last entry, and notes up to the last row.
 ImageBuilder full_image(std::uint32_t file_type, std::uint32_t gage_type) {
-    SurveyHeader h;
-    h.file_type = file_type;
-    h.gage_type = gage_type;
+    SurveyHeader h{.file_type = file_type, .gage_type = gage_type};
     h.prefix = "PLANT7-";
     h.description = "FEED WATER LINE";
     h.inspector_id = "INSPECTOR 12";
@@ -73,35 +72,6 @@ ImageBuilder full_image(std::uint32_t file_type, std::uint32_t gage_type) {
     return image;
 }
 
-TEST(SessionOpenRun, FilesCutInsideEveryRegion) {
-    struct Layout {
-        std::uint32_t file_type;
-        std::vector<std::size_t> cuts;
-    } layouts[] = {
-        // Header, setup table (0x300 to 0x12FF), notes (0x1300 to 0x14FF).
-        {2, {0, 1, 2, 3, 4, 5, 6, 8, 0x0C, 0x0E, 0x15, 0x22, 0x40, 0x50, 0x5A, 0x5F, 0x66, 0x6C,
-             0x76, 0x80, 0xA0, 0xC0, 0xDE, 0xE0, 0x100, 0x103, 0x109, 0x272, 0x275, 0x279, 0x27C,
-             0x281, 0x286, 0x288, 0x2A0, 0x300, 0x305, 0x340, 0x380, 0x900, 0x1280, 0x12EA,
-             0x12FF, 0x1300, 0x1310, 0x1360, 0x14E0, 0x14E8}},
-        // Header, manual labels (0x300 to 0x223F), setup table (0x2240 to
-        // 0x323F), notes (0x3240 to 0x343F).
-        {11, {0, 2, 0x30, 0x10A, 0x10B, 0x27A, 0x289, 0x300, 0x301, 0x314, 0x7D0, 0x7D3, 0xFA0,
-              0x223F, 0x2240, 0x2260, 0x2300, 0x31C0, 0x322A, 0x3240, 0x3260, 0x3420, 0x3428}},
-    };
-    for (const Layout& layout : layouts) {
-        for (std::uint32_t gage : {5u, 7u}) {
-            const ImageBuilder whole = full_image(layout.file_type, gage);
-            for (std::size_t cut : layout.cuts) {
-                ImageBuilder image = whole;
-                image.resize(cut);
-                char name[64];
-                std::snprintf(name, sizeof name, "type %u gage %u cut at %zu", layout.file_type, gage, cut);
-                expect_open_fails(image, OPENING + READ_ERROR + FAILED, name);
-            }
-        }
-    }
-}
-
 TEST(SessionOpenRun, RefusedAndUndecodableHeadersPrintNoLineOfTheirOwn) {
     struct Case {
         const char* name;
@@ -110,8 +80,7 @@ TEST(SessionOpenRun, RefusedAndUndecodableHeadersPrintNoLineOfTheirOwn) {
         {"type 8, version 22", [](SurveyHeader& h) { h.file_type = 8; h.file_version = 22; }},
         {"type 6, version 21", [](SurveyHeader& h) { h.file_type = 6; h.file_version = 21; }},
         {"type 12, version 23", [](SurveyHeader& h) { h.file_type = 12; h.file_version = 23; }},
-        {"c2 of 19", [](SurveyHeader& h) { h.c2 = 19; }},
-        {"c1 of 20", [](SurveyHeader& h) { h.c1 = 20; }},
+        {"c2 of 19", [](SurveyHeader& h) { h.c2 = 19; }}, {"c1 of 20", [](SurveyHeader& h) { h.c1 = 20; }},
         {"c0 of 21", [](SurveyHeader& h) { h.c0 = 21; }},
         {"101 labels", [](SurveyHeader& h) {
              h.file_type = 10;
@@ -127,6 +96,10 @@ TEST(SessionOpenRun, RefusedAndUndecodableHeadersPrintNoLineOfTheirOwn) {
          }},
         {"description without terminator", [](SurveyHeader& h) { h.description = std::string(33, 'D'); }},
         {"start identifier without terminator", [](SurveyHeader& h) { h.start_id = std::string(21, '1'); }},
+        {"label without terminator", [](SurveyHeader& h) {
+             h.file_type = 10;
+             test::set_manual_labels(h, {{"1"}, {"A", std::string(20, 'B')}});
+         }},
     };
     for (const Case& c : cases) {
         SurveyHeader h;
@@ -139,6 +112,44 @@ TEST(SessionOpenRun, RefusedAndUndecodableHeadersPrintNoLineOfTheirOwn) {
     test::write_note(image, 3, 7, std::string(32, 'N'));
     test::write_note(image, 3, 8, "NEXT");
     expect_open_fails(image, OPENING + FAILED, "note of 32 characters");
+}
+
+// Identifier counts at their limits: a dimension whose range can't be
+// measured counts as used, so with no unused dimension below it the file
+// opens. Versions 21 to 23 are refused only above type 5.
+TEST(SessionOpenRun, HeadersThatOpen) {
+    const auto counts = [](std::uint32_t type, std::uint32_t version, std::uint32_t c2, std::uint32_t c1,
+                           std::uint32_t c0) {
+        SurveyHeader h{.file_version = version, .file_type = type, .c0 = c0, .c1 = c1, .c2 = c2};
+        h.start_id = std::string(20, '1');
+        h.end_id = std::string(20, '2');
+        return h;
+    };
+    // Outside the manual layout the label count bytes are custom point label
+    // 1: letters there (the count of dimension 0 "zz") are text, not a count.
+    SurveyHeader labels{.file_type = 3};
+    test::set_ranges(labels, {{"1", "2"}, {"1", "2"}, {"1", "2"}});
+    labels.custom_point_labels[1] = "ABCDEFGHIJKLMNzzzzz";
+    // A manual file tests the label counts of its own dimensions only.
+    SurveyHeader two_d{.file_type = 10};
+    test::set_manual_labels(two_d, {{"A"}, {"B"}});
+    two_d.dim_label_count[3] = 101;
+    for (const SurveyHeader& h : {counts(4, 24, 18, 1, 1), counts(2, 24, 0, 19, 1), counts(0, 24, 0, 0, 20),
+                                  counts(5, 22, 0, 0, 1), counts(8, 20, 0, 0, 1), labels, two_d}) {
+        test::ScratchDir dir;
+        test::survey_image(h).save(dir.file("limits.ugf"));
+        const test::RunResult run = test::run_converter_binary({dir.file("limits.ugf"), "g", "a"});
+        EXPECT_NE(run.console.find("STATUS: Exporting"), std::string::npos) << h.file_type << " " << h.c2;
+    }
+}
+
+// The identifier counts are tested once the setups are read: a cut setup
+// table shows its read error first.
+TEST(SessionOpenRun, LimitsAreTestedOnceTheSetupsAreRead) {
+    SurveyHeader split{.file_type = 4, .c2 = 19, .start_id = std::string(19, '1'), .end_id = std::string(19, '1')};
+    ImageBuilder late = test::survey_image(split);
+    late.resize(0x400);
+    expect_open_fails(late, OPENING + "ERROR: FS_READ_ERROR.\n" + FAILED, "c2 of 19, cut setup table");
 }
 
 TEST(SessionOpenRun, ASetupNameWithoutTerminatorFailsTheOpen) {

@@ -24,63 +24,48 @@ namespace ugf::test {
 // ---------------------------------------------------------------- file map
 
 // Header 0x000 (768 bytes); manual labels 0x300 (types 10 to 12 only); the
-// setup table, the notes and the record table behind them.
-std::size_t setup_table_at(std::uint32_t file_type);  // 0x0300 or 0x2240
-std::size_t setup_entry_at(std::uint32_t file_type, int entry);
-std::size_t note_table_at(std::uint32_t file_type);  // 0x1300 or 0x3240
-std::size_t note_at(std::uint32_t file_type, int row);
-std::size_t record_table_at(std::uint32_t file_type);  // 0x1500 or 0x3440
-std::size_t slot_bytes(std::uint32_t file_type);        // 16, or 37 for types 8 and 9
+// setup table (0x0300 or 0x2240), the notes (0x1300 or 0x3240) and the
+// record table (0x1500 or 0x3440) behind them. Slots are 16 bytes, or 37 in
+// types 8 and 9.
+std::size_t record_table_at(std::uint32_t file_type);
 std::size_t slot_at(std::uint32_t file_type, std::uint32_t index);
-std::size_t manual_label_at(int dimension, int j);  // 0x300 + 20 (100 d + j)
-std::size_t custom_point_label_at(int i);           // 0x0E2 + 20 i
-
-// Writes a text field of `width` bytes: the characters (cut to the width)
-// and a terminator when they leave room for one. A text of exactly `width`
-// characters therefore has no terminator inside its field.
-void put_text(ImageBuilder& image, std::size_t offset, std::string_view text, std::size_t width);
 
 // ------------------------------------------------------------------ header
 
 struct SurveyHeader {
-    std::uint32_t file_version = 24;  // 0x002 u16
-    std::uint32_t file_type = 0;      // 0x004 u16
-    std::uint32_t reserved_006 = 0;   // 0x006 u8
-    std::uint32_t c0 = 0;             // 0x008 u8: characters of dimension 0 (last part)
-    std::uint32_t c1 = 0;             // 0x00A u8: characters of dimension 1
-    std::uint32_t c2 = 0;             // 0x00C u8: characters of dimension 2 (first part)
+    // file_version 0x002 u16; file_type 0x004 u16; c0 0x008 u8: characters of dimension 0 (last
+    // part); c1 0x00A u8: characters of dimension 1; c2 0x00C u8: characters of dimension 2 (first
+    // part).
+    std::uint32_t file_version = 24, file_type = 0, c0 = 0, c1 = 0, c2 = 0;
     std::string prefix;               // 0x00E text 20
     std::string start_id;             // 0x022 text 21
     std::string end_id;               // 0x038 text 21
-    std::uint32_t id_count = 0;       // 0x04E u32
-    std::uint64_t reserved_058 = 0;   // 0x058 u40
-    std::uint64_t current_index = 0;  // 0x05E u40
+    // id_count 0x04E u32.
+    std::uint32_t id_count = 0;
+    // current_index 0x05E u40.
+    std::uint64_t current_index = 0;
     // Steps of dimensions 0 to 3: u40 at 0x064, 0x06A, 0x070 and 0x0FC.
     std::array<std::uint64_t, 4> steps{1, 1, 1, 1};
-    std::uint32_t setup_count = 0;  // 0x076 u8
+    // setup_count 0x076 u8.
+    std::uint32_t setup_count = 0;
     std::string description;        // 0x078 text 33
     std::string inspector_id;       // 0x09A text 33
     std::string location;           // 0x0BC text 33
-    std::uint32_t gage_type = 5;    // 0x0DE u8
-    std::uint32_t reserved_0e0 = 0;  // 0x0E0 u8
+    // gage_type 0x0DE u8.
+    std::uint32_t gage_type = 5;
     // 0x0E2 + 20 i, text 20. They share their bytes with c3, step 3,
     // fourth_inc and the label counts: a label that is not empty is written
     // after those fields and wins.
     std::array<std::string, 20> custom_point_labels{};
-    std::uint32_t c3 = 0;          // 0x0FA u8: characters of dimension 3 (4D-MANUAL)
-    std::uint32_t fourth_inc = 0;  // 0x102 u8
+    // c3 0x0FA u8: characters of dimension 3 (4D-MANUAL); fourth_inc 0x102 u8.
+    std::uint32_t c3 = 0, fourth_inc = 0;
     std::array<std::uint32_t, 4> dim_label_count{};  // 0x104 .. 0x10A u16
     // Manual dimension labels, text 20 at 0x300 + 20 (100 d + j); written in
     // the manual layout only (elsewhere those bytes are the setup table).
     std::array<std::vector<std::string>, 4> manual_labels{};
-    std::uint32_t walk_pattern = 0;    // 0x272 u8
-    std::uint32_t first_inc = 1;       // 0x274 u8
-    std::uint32_t second_inc = 2;      // 0x276 u8
-    std::uint32_t third_inc = 3;       // 0x278 u8
-    std::uint32_t elevation_unit = 0;  // 0x27A u8
-    std::uint64_t reserved_27e = 0;    // 0x27E u40
-    std::uint32_t reserved_284 = 0;    // 0x284 u32
-    std::uint32_t reserved_288 = 0;    // 0x288 u8
+    // walk_pattern 0x272 u8; first_inc 0x274 u8; second_inc 0x276 u8; third_inc 0x278 u8;
+    // elevation_unit 0x27A u8.
+    std::uint32_t walk_pattern = 0, first_inc = 1, second_inc = 2, third_inc = 3, elevation_unit = 0;
 };
 
 // One ranged dimension: its start and end texts and its step.
@@ -96,8 +81,6 @@ void set_ranges(SurveyHeader& header, const std::vector<DimRange>& dims);
 // Fills manual_labels and dim_label_count, dimension 0 first.
 void set_manual_labels(SurveyHeader& header, const std::vector<std::vector<std::string>>& labels);
 
-// Writes every header field (and the manual labels) of `header`.
-void write_header(ImageBuilder& image, const SurveyHeader& header);
 // An image that opens: the header, and zeros up to the record table (empty
 // setups and notes).
 ImageBuilder survey_image(const SurveyHeader& header);
@@ -106,138 +89,86 @@ ImageBuilder survey_image(const SurveyHeader& header);
 
 // Thickness gauge layout, gage types 5 and 6.
 struct GaugeSetupImage {
-    std::uint32_t setup_present = 1;  // 0x00 u32
+    // setup_present 0x00 u32.
+    std::uint32_t setup_present = 1;
     // diff_flags, 0x04 u16
-    std::uint32_t alarm_type = 0;        // bits 15-13
-    std::uint32_t diff_type = 0;         // bits 12-11
-    std::uint32_t diff_ref_blank = 0;    // bit 10
-    std::uint32_t units = 0;             // bits 9-8
-    std::uint32_t resolution = 0;        // bits 7-6
-    std::uint32_t measurement_type = 0;  // bits 5-4
-    std::uint32_t echo1_negative = 0;    // bit 3
-    std::uint32_t echo2_negative = 0;    // bit 2
-    std::uint32_t pulser_power = 0;      // bits 1-0
-    std::uint32_t low_alarm = 0;         // 0x06 u32
-    std::uint32_t high_alarm = 0;        // 0x0A u32
-    std::uint32_t diff_reference = 0;    // 0x0E u32
-    std::uint32_t bs_range = 0;          // 0x12 u32
-    std::uint32_t alarm_percent = 0;     // 0x16 u8
-    std::uint32_t transducer = 0;        // 0x18 u16
-    std::int32_t zero = 0;               // 0x1A u32
-    std::uint32_t velocity = 0;          // low half 0x1E, high half 0x60
-    std::uint32_t gain_mode = 0;         // 0x20 u16
-    std::uint32_t gain_db = 0;           // 0x22 u16
-    std::uint32_t slope = 0;             // 0x24 u16
-    std::uint32_t transducer_frequency = 0;  // 0x26 u16
-    std::int32_t mb_blank = 0;           // 0x28 u16
-    std::int32_t if_blank = 0;           // 0x2A u16
-    std::int32_t c3_blank = 0;           // 0x2C u16
-    std::uint32_t echo_window = 0;       // 0x2E u16
+    // alarm_type bits 15-13; diff_type bits 12-11; diff_ref_blank bit 10; units bits 9-8;
+    // resolution bits 7-6; measurement_type bits 5-4; echo1_negative bit 3; echo2_negative bit 2;
+    // pulser_power bits 1-0; low_alarm 0x06 u32; high_alarm 0x0A u32; diff_reference 0x0E u32;
+    // bs_range 0x12 u32; alarm_percent 0x16 u8; transducer 0x18 u16.
+    std::uint32_t alarm_type = 0, diff_type = 0, diff_ref_blank = 0, units = 0, resolution = 0, measurement_type = 0,
+        echo1_negative = 0, echo2_negative = 0, pulser_power = 0, low_alarm = 0, high_alarm = 0, diff_reference = 0,
+        bs_range = 0, alarm_percent = 0, transducer = 0;
+    // zero 0x1A u32.
+    std::int32_t zero = 0;
+    // velocity low half 0x1E, high half 0x60; gain_mode 0x20 u16; gain_db 0x22 u16; slope 0x24
+    // u16; transducer_frequency 0x26 u16.
+    std::uint32_t velocity = 0, gain_mode = 0, gain_db = 0, slope = 0, transducer_frequency = 0;
+    // mb_blank 0x28 u16; if_blank 0x2A u16; c3_blank 0x2C u16.
+    std::int32_t mb_blank = 0, if_blank = 0, c3_blank = 0;
+    // echo_window 0x2E u16.
+    std::uint32_t echo_window = 0;
     std::string setup_name;              // 0x30 text 33
     // option_flags, 0x52 u16
-    std::uint32_t auto_phase_detect = 0;  // bit 15
-    std::uint32_t auto_mb = 0;            // bit 14
-    std::uint32_t temp_compensation = 0;  // bit 13
-    std::uint32_t coating_thickness = 0;  // bit 12
-    std::uint32_t bs_res_mode = 0;        // bits 11-10
-    std::uint32_t bs_encoder = 0;         // bits 9-6
-    std::uint32_t bs_step_code = 0;       // bits 5-0
-    std::uint32_t reserved_54 = 0;        // 0x54 u8
-    std::uint32_t coating_velocity = 0;   // 0x56 u16
-    std::int32_t temp_coefficient = 0;    // 0x58 u32
-    std::int32_t temp_calibration = 0;    // 0x5C u16
-    std::uint32_t reserved_5e = 0;        // 0x5E u16
+    // auto_phase_detect bit 15; auto_mb bit 14; temp_compensation bit 13; coating_thickness bit
+    // 12; bs_res_mode bits 11-10; bs_encoder bits 9-6; bs_step_code bits 5-0; coating_velocity
+    // 0x56 u16.
+    std::uint32_t auto_phase_detect = 0, auto_mb = 0, temp_compensation = 0, coating_thickness = 0, bs_res_mode = 0,
+        bs_encoder = 0, bs_step_code = 0, coating_velocity = 0;
+    // temp_coefficient 0x58 u32; temp_calibration 0x5C u16.
+    std::int32_t temp_coefficient = 0, temp_calibration = 0;
     // meas_word, 0x62 u16
-    std::uint32_t meas_mode = 0;          // bits 15-12
-    std::uint32_t meas_word_rest = 0;     // bits 11-0, which nothing reads
-    std::uint32_t custom_encoder_res = 0;  // 0x68 u24
+    // meas_mode bits 15-12; custom_encoder_res 0x68 u24.
+    std::uint32_t meas_mode = 0, custom_encoder_res = 0;
 };
-std::uint16_t diff_flags_of(const GaugeSetupImage& s);
-std::uint16_t option_flags_of(const GaugeSetupImage& s);
-std::uint16_t meas_word_of(const GaugeSetupImage& s);
 void write_gauge_setup(ImageBuilder& image, std::uint32_t file_type, int entry,
                        const GaugeSetupImage& s);
 
 // Flaw detector layout, gage type 7.
 struct FlawSetupImage {
-    std::uint32_t velocity = 0;          // 0x00 u32
-    std::int32_t zero = 0;               // 0x04 u32
-    std::int32_t reference_gain = 0;     // 0x08 u16
-    std::uint32_t ref_gain_step = 0;     // 0x0A u16
-    std::uint32_t gain = 0;              // 0x0C u16
-    std::uint32_t delay = 0;             // 0x0E u32
-    std::uint32_t range = 0;             // 0x12 u32
-    std::uint32_t frequency = 0;         // 0x16 u16
-    std::uint32_t reject_value = 0;      // 0x18 bits 15-7
-    std::uint32_t box1_kind = 0;         // 0x18 bits 6-0
-    std::uint32_t box2_kind = 0;         // 0x1A bits 15-8
-    std::uint32_t box3_kind = 0;         // 0x1A bits 7-0
-    std::uint32_t gate1_start = 0;       // 0x1C u32
-    std::uint32_t gate1_width = 0;       // 0x20 u32
-    std::uint32_t gate1_min_depth = 0;   // 0x24 u32
-    std::uint32_t gate1_level = 0;       // 0x28 u16
-    std::uint32_t gate2_start = 0;       // 0x2A u32
-    std::uint32_t gate2_width = 0;       // 0x2E u32
-    std::uint32_t gate2_min_depth = 0;   // 0x32 u32
-    std::uint32_t gate2_level = 0;       // 0x36 u16
-    std::uint32_t gate1_alarm = 0;       // 0x38 bits 15-8
-    std::uint32_t gate2_alarm = 0;       // 0x38 bits 7-0
-    std::uint32_t angle = 0;             // 0x3A u16
-    std::uint32_t angle_beam_thickness = 0;  // 0x3C u32
-    std::uint32_t x_value = 0;           // 0x40 u32
-    std::uint32_t bscan_max_thickness = 0;   // 0x44 u32
+    // velocity 0x00 u32.
+    std::uint32_t velocity = 0;
+    // zero 0x04 u32; reference_gain 0x08 u16.
+    std::int32_t zero = 0, reference_gain = 0;
+    // ref_gain_step 0x0A u16; gain 0x0C u16; delay 0x0E u32; range 0x12 u32; frequency 0x16 u16;
+    // reject_value 0x18 bits 15-7; box1_kind 0x18 bits 6-0; box2_kind 0x1A bits 15-8; box3_kind
+    // 0x1A bits 7-0; gate1_start 0x1C u32; gate1_width 0x20 u32; gate1_min_depth 0x24 u32;
+    // gate1_level 0x28 u16; gate2_start 0x2A u32; gate2_width 0x2E u32; gate2_min_depth 0x32 u32;
+    // gate2_level 0x36 u16; gate1_alarm 0x38 bits 15-8; gate2_alarm 0x38 bits 7-0; angle 0x3A u16;
+    // angle_beam_thickness 0x3C u32; x_value 0x40 u32; bscan_max_thickness 0x44 u32.
+    std::uint32_t ref_gain_step = 0, gain = 0, delay = 0, range = 0, frequency = 0, reject_value = 0, box1_kind = 0,
+        box2_kind = 0, box3_kind = 0, gate1_start = 0, gate1_width = 0, gate1_min_depth = 0, gate1_level = 0,
+        gate2_start = 0, gate2_width = 0, gate2_min_depth = 0, gate2_level = 0, gate1_alarm = 0, gate2_alarm = 0,
+        angle = 0, angle_beam_thickness = 0, x_value = 0, bscan_max_thickness = 0;
     // bscan_flags, 0x48 u16
-    std::uint32_t bscan_mode = 0;        // bits 15-14
-    std::uint32_t bscan_direction = 0;   // bit 13
-    std::uint32_t bscan_step_code = 0;   // bits 12-7
-    std::uint32_t bscan_encoder = 0;     // bits 6-4
-    std::uint32_t bscan_rewrite = 0;     // bit 3
-    std::uint32_t bscan_save_ascan = 0;  // bits 2-1
-    std::uint32_t bscan_los = 0;         // bit 0
-    std::uint32_t dac_mode = 0;          // 0x4A bits 15-8
-    std::uint32_t dac_curve_selected = 0;  // 0x4A bits 7-0
-    std::int32_t dac_gain = 0;           // 0x4C u16
-    std::uint32_t dac_gain_step = 0;     // 0x4E u16
-    std::int32_t rl_gain = 0;            // 0x50 u16
-    std::int32_t sl_gain = 0;            // 0x52 u16
-    std::int32_t el_gain = 0;            // 0x54 u16
+    // bscan_mode bits 15-14; bscan_direction bit 13; bscan_step_code bits 12-7; bscan_encoder bits
+    // 6-4; bscan_rewrite bit 3; bscan_save_ascan bits 2-1; bscan_los bit 0; dac_mode 0x4A bits
+    // 15-8; dac_curve_selected 0x4A bits 7-0.
+    std::uint32_t bscan_mode = 0, bscan_direction = 0, bscan_step_code = 0, bscan_encoder = 0, bscan_rewrite = 0,
+        bscan_save_ascan = 0, bscan_los = 0, dac_mode = 0, dac_curve_selected = 0;
+    // dac_gain 0x4C u16.
+    std::int32_t dac_gain = 0;
+    // dac_gain_step 0x4E u16.
+    std::uint32_t dac_gain_step = 0;
+    // rl_gain 0x50 u16; sl_gain 0x52 u16; el_gain 0x54 u16.
+    std::int32_t rl_gain = 0, sl_gain = 0, el_gain = 0;
     // mode_word, 0x56 u16
-    std::uint32_t ref_gain_enabled = 0;  // bit 15
-    std::uint32_t rectification = 0;     // bits 14-13
-    std::uint32_t units = 0;             // bits 12-11
-    std::uint32_t resolution = 0;        // bit 10
-    std::uint32_t meas_mode = 0;         // bits 9-8
-    std::uint32_t gate2_enabled = 0;     // bit 7
-    std::uint32_t zoom = 0;              // bit 6
-    std::uint32_t peak_mode = 0;         // bits 5-4
-    std::uint32_t gate1_peak = 0;        // bit 3
-    std::uint32_t gate2_peak = 0;        // bit 2
-    std::uint32_t peak_pitch = 0;        // bit 1
-    std::uint32_t curve_correction = 0;  // bit 0
+    // ref_gain_enabled bit 15; rectification bits 14-13; units bits 12-11; resolution bit 10;
+    // meas_mode bits 9-8; gate2_enabled bit 7; zoom bit 6; peak_mode bits 5-4; gate1_peak bit 3;
+    // gate2_peak bit 2; peak_pitch bit 1; curve_correction bit 0.
+    std::uint32_t ref_gain_enabled = 0, rectification = 0, units = 0, resolution = 0, meas_mode = 0,
+        gate2_enabled = 0, zoom = 0, peak_mode = 0, gate1_peak = 0, gate2_peak = 0, peak_pitch = 0,
+        curve_correction = 0;
     // display_word, 0x58 u16
-    std::uint32_t floating_gate_level = 0;  // bits 15-11
-    std::uint32_t energy = 0;            // bits 10-9
-    std::uint32_t dac_on = 0;            // bit 8
-    std::uint32_t waveform_outline = 0;  // bit 7
-    std::uint32_t floating_gate1 = 0;    // bit 6
-    std::uint32_t floating_gate2 = 0;    // bit 5
-    std::uint32_t gate_tracking = 0;     // bit 4
-    std::uint32_t x_axis_legs = 0;       // bit 3
-    std::uint32_t csc = 0;               // bit 2
-    std::uint32_t api_5ue = 0;           // bit 1
-    std::uint32_t dac_rectification = 0;  // 0x5A u16
-    std::uint32_t setup_present = 1;     // 0x5C u32
-    std::uint32_t pipe_diameter = 0;     // 0x60 u32
-    std::uint32_t api_k_factor = 0;      // 0x64 u32, in ten-thousandths
-    std::uint32_t custom_encoder_res = 0;  // 0x68, three bytes (the first has no effect)
+    // floating_gate_level bits 15-11; energy bits 10-9; dac_on bit 8; waveform_outline bit 7;
+    // floating_gate1 bit 6; floating_gate2 bit 5; gate_tracking bit 4; x_axis_legs bit 3; csc bit
+    // 2; api_5ue bit 1; dac_rectification 0x5A u16; setup_present 0x5C u32; pipe_diameter 0x60
+    // u32; api_k_factor 0x64 u32, in ten-thousandths; custom_encoder_res 0x68, three bytes (the
+    // first has no effect).
+    std::uint32_t floating_gate_level = 0, energy = 0, dac_on = 0, waveform_outline = 0, floating_gate1 = 0,
+        floating_gate2 = 0, gate_tracking = 0, x_axis_legs = 0, csc = 0, api_5ue = 0, dac_rectification = 0,
+        setup_present = 1, pipe_diameter = 0, api_k_factor = 0, custom_encoder_res = 0;
 };
-std::uint16_t reject_word_of(const FlawSetupImage& s);
-std::uint16_t box_word_of(const FlawSetupImage& s);
-std::uint16_t gate_alarms_of(const FlawSetupImage& s);
-std::uint16_t bscan_flags_of(const FlawSetupImage& s);
-std::uint16_t dac_word_of(const FlawSetupImage& s);
-std::uint16_t mode_word_of(const FlawSetupImage& s);
-std::uint16_t display_word_of(const FlawSetupImage& s);
 void write_flaw_setup(ImageBuilder& image, std::uint32_t file_type, int entry,
                       const FlawSetupImage& s);
 
@@ -252,34 +183,20 @@ void write_note(ImageBuilder& image, std::uint32_t file_type, int row, std::stri
 // A 16-byte record as the file stores it: four big-endian u32 at 0, 4, 8, 12.
 // (In the measurement layout `at4` is thick_lo << 16 | note_mask.)
 struct RecordImage {
-    std::uint32_t word0 = 0;
-    std::uint32_t at4 = 0;
-    std::uint32_t at8 = 0;
-    std::uint32_t at12 = 0;
+    std::uint32_t word0 = 0, at4 = 0, at8 = 0, at12 = 0;
 };
 
 // A record of gage types 5 and 6 in the measurement layout.
 struct GaugeReading {
-    std::uint32_t record_type = 1;  // bits 31-29
-    std::uint32_t los = 0;          // bit 28
-    std::uint32_t units = 0;        // bits 27-26
-    std::uint32_t alarm_state = 0;  // bits 25-23
-    std::uint32_t fast_mode = 0;    // bits 22-21
-    std::uint32_t bscan_mode = 0;   // bits 20-19
-    std::uint32_t setup_number = 0;  // bits 15-11
-    std::uint32_t resolution = 0;   // bits 10-9
-    std::uint32_t echo_to_echo = 0;  // bit 4
-    std::uint32_t unread_bits = 0;  // bits 18-16 and 3-0 of word0, which nothing reads
-    std::uint32_t thickness = 0;    // raw 20 bits: thick_hi (word0 bits 8-5) and thick_lo
-    std::uint32_t note_mask = 0;    // bit 0 is note A
-    std::uint32_t first_kind = 0;   // value_tags bits 3-2
-    std::uint32_t second_kind = 0;  // value_tags bits 1-0
-    std::uint32_t first_value = 0;  // 20 bits
-    std::uint32_t min_value = 0;    // 20 bits
-    std::uint32_t max_value = 0;    // 20 bits
+    // record_type bits 31-29; los bit 28; units bits 27-26; alarm_state bits 25-23; fast_mode bits
+    // 22-21; bscan_mode bits 20-19; setup_number bits 15-11; resolution bits 10-9; echo_to_echo
+    // bit 4; thickness raw 20 bits: thick_hi (word0 bits 8-5) and thick_lo; note_mask bit 0 is
+    // note A; first_kind value_tags bits 3-2; second_kind value_tags bits 1-0; first_value 20
+    // bits; min_value 20 bits; max_value 20 bits.
+    std::uint32_t record_type = 1, los = 0, units = 0, alarm_state = 0, fast_mode = 0, bscan_mode = 0,
+        setup_number = 0, resolution = 0, echo_to_echo = 0, thickness = 0, note_mask = 0, first_kind = 0,
+        second_kind = 0, first_value = 0, min_value = 0, max_value = 0;
 };
-std::uint32_t gauge_word0(const GaugeReading& r);
-std::uint16_t value_tags_of(const GaugeReading& r);
 RecordImage gauge_record(const GaugeReading& r);
 // A velocity reading: raw thickness 0xFFFFA, the velocity's low 16 bits in
 // min_lo and its bits 16 to 19 in the low bits of max_lo.
@@ -287,15 +204,12 @@ GaugeReading velocity_reading(std::uint32_t velocity, std::uint32_t units);
 
 // A record of gage type 7: word0 and the three box values.
 struct FlawReading {
-    std::uint32_t record_type = 1;        // bits 31-29
-    std::uint32_t flaw_setup_number = 0;  // bits 28-24
-    std::uint32_t gate1_alarm = 0;        // bits 23-21
-    std::uint32_t ascan_mark = 0;         // bit 20
-    std::uint32_t bscan_mark = 0;         // bit 19
-    std::uint32_t flaw_note_mask = 0;     // bits 15-0
+    // record_type bits 31-29; flaw_setup_number bits 28-24; gate1_alarm bits 23-21; ascan_mark bit
+    // 20; bscan_mark bit 19; flaw_note_mask bits 15-0.
+    std::uint32_t record_type = 1, flaw_setup_number = 0, gate1_alarm = 0, ascan_mark = 0, bscan_mark = 0,
+        flaw_note_mask = 0;
     std::array<std::uint32_t, 3> box_value{};  // at 4, 8, 12
 };
-std::uint32_t flaw_word0(const FlawReading& r);
 RecordImage flaw_record(const FlawReading& r);
 
 // A link record (type 2 or 4): `word0` may carry any other bits.
@@ -321,45 +235,34 @@ struct ThicknessAscanImage {
     int sample_count = -1;  // -1: the length of the longer sample list
     std::vector<std::uint16_t> min_samples;  // from 16
     std::vector<std::uint16_t> max_samples;  // from 652
-    std::uint32_t delay = 0;                 // 1290
-    std::uint32_t range = 0;                 // range_lo 1292, range_hi 1314
+    // delay 1290; range range_lo 1292, range_hi 1314.
+    std::uint32_t delay = 0, range = 0;
     // display_flags, 1294
-    std::uint32_t rect_index = 0;      // bits 15-14
-    std::uint32_t zoom_bits = 0;       // bits 13-12
-    std::uint32_t freeze = 0;          // bit 11
-    std::uint32_t outline = 0;         // bit 10
-    std::uint32_t bracket_3 = 0;       // bits 9-8
-    std::uint32_t delay_negative = 0;  // bit 7
-    std::int32_t echo_window = 0;   // 1296
-    std::int32_t marker1 = 0;       // 1298
-    std::int32_t marker2 = 0;       // 1300
-    std::int32_t marker3 = 0;       // 1302
-    std::int32_t mb_blank = 0;      // 1304
-    std::int32_t if_blank_raw = 0;  // 1306
-    std::int32_t c3_blank = 0;      // 1308
-    std::uint32_t unused_1310 = 0;  // 1310
-    std::uint32_t bracket_2 = 0;    // 1312
+    // rect_index bits 15-14; zoom_bits bits 13-12; freeze bit 11; outline bit 10; bracket_3 bits
+    // 9-8; delay_negative bit 7.
+    std::uint32_t rect_index = 0, zoom_bits = 0, freeze = 0, outline = 0, bracket_3 = 0, delay_negative = 0;
+    // echo_window 1296; marker1 1298; marker2 1300; marker3 1302; mb_blank 1304; if_blank_raw
+    // 1306; c3_blank 1308.
+    std::int32_t echo_window = 0, marker1 = 0, marker2 = 0, marker3 = 0, mb_blank = 0, if_blank_raw = 0, c3_blank = 0;
+    // bracket_2 1312.
+    std::uint32_t bracket_2 = 0;
 };
-std::uint16_t display_flags_of(const ThicknessAscanImage& a);
 void write_ascan_thickness(ImageBuilder& image, std::size_t offset, const ThicknessAscanImage& a);
 
 // A-scan block of gage type 7.
 struct FlawAscanImage {
     // word0
-    std::uint32_t record_type = 3;         // bits 31-29
-    std::uint32_t gate_alarm = 0;          // bits 25-23
-    std::uint32_t dac_shown = 0;           // bit 22
-    std::uint32_t block_setup_number = 0;  // bits 21-17
-    std::uint32_t peak_shown = 0;          // bit 16
-    std::uint32_t flaw_note_mask = 0;      // bits 15-0
+    // record_type bits 31-29; gate_alarm bits 25-23; dac_shown bit 22; block_setup_number bits
+    // 21-17; peak_shown bit 16; flaw_note_mask bits 15-0.
+    std::uint32_t record_type = 3, gate_alarm = 0, dac_shown = 0, block_setup_number = 0, peak_shown = 0,
+        flaw_note_mask = 0;
     // scan_flags, 16
-    std::uint32_t bracket_3 = 0;    // bits 15-13
-    std::uint32_t bracket_4 = 0;    // bits 12-10
-    std::uint32_t dac_stored = 0;   // bit 9
-    std::uint32_t peak_stored = 0;  // bit 3
+    // bracket_3 bits 15-13; bracket_4 bits 12-10; dac_stored bit 9; peak_stored bit 3.
+    std::uint32_t bracket_3 = 0, bracket_4 = 0, dac_stored = 0, peak_stored = 0;
     std::array<std::uint32_t, 3> box_value{};  // 18, 22, 26
     int sample_count = -1;          // 30; -1: the length of the longer sample list
-    std::uint32_t bracket_2 = 0;    // 32
+    // bracket_2 32.
+    std::uint32_t bracket_2 = 0;
     std::vector<std::uint8_t> max_samples;  // byte pairs from 34: the maximum first
     std::vector<std::uint8_t> min_samples;  // then the minimum
     // Written at 670 when not empty (at most 25 are written).
@@ -368,35 +271,24 @@ struct FlawAscanImage {
     // set, else at 670.
     std::vector<std::uint8_t> peak_bytes;
     bool with_gates = true;  // the gate fields 1038 to 1044 (file version 9 on)
-    std::uint32_t gate1_amplitude = 0;
-    std::uint32_t gate1_mti = 0;
-    std::uint32_t gate2_amplitude = 0;
-    std::uint32_t gate2_mti = 0;
+    std::uint32_t gate1_amplitude = 0, gate1_mti = 0, gate2_amplitude = 0, gate2_mti = 0;
 };
-std::uint32_t flaw_ascan_word0(const FlawAscanImage& a);
-std::uint16_t scan_flags_of(const FlawAscanImage& a);
 void write_ascan_flaw(ImageBuilder& image, std::size_t offset, const FlawAscanImage& a);
 
 // One B-scan point: two 16-bit words, least significant byte first.
 struct BscanPointImage {
-    std::uint32_t lost = 0;       // first word bit 15
-    std::uint32_t alarm = 0;      // bits 14-12
-    std::uint32_t is_min = 0;     // bit 11
-    std::uint32_t is_max = 0;     // bit 10
-    std::uint32_t negative = 0;   // bit 4
-    std::uint32_t unread_bits = 0;  // bits 5 and 3-0
-    std::uint32_t magnitude = 0;  // 20 bits: bits 9-6 of the first word, and the second word
+    // lost first word bit 15; alarm bits 14-12; is_min bit 11; is_max bit 10; negative bit 4;
+    // magnitude 20 bits: bits 9-6 of the first word, and the second word.
+    std::uint32_t lost = 0, alarm = 0, is_min = 0, is_max = 0, negative = 0, magnitude = 0;
 };
-std::uint16_t point_first_word(const BscanPointImage& p);
-std::uint16_t point_second_word(const BscanPointImage& p);
 
 // B-scan block of every gage type. An embedded A-scan is written by the
 // caller at offset + BSCAN_ASCAN_AT.
 struct BscanImage {
     RecordImage head{.word0 = 5u << 29};  // type 5: gauge_record or flaw_record
     int point_count = -1;        // 20; -1: the number of points given
-    std::uint32_t ascan_follows = 0;  // 34
-    std::uint32_t store_full = 0;     // 38; when not 0 the image covers the whole store
+    // ascan_follows 34; store_full 38; when not 0 the image covers the whole store.
+    std::uint32_t ascan_follows = 0, store_full = 0;
     std::vector<BscanPointImage> points;  // from 3164
 };
 void write_bscan(ImageBuilder& image, std::size_t offset, const BscanImage& b);
