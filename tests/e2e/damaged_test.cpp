@@ -2,8 +2,13 @@
 // bytes, links past the end and wrong block types. Whatever the damage, a run
 // ends in time with status 0 or 1, prints only lines the converter can print,
 // leaves no output file when the open fails, and never changes its input.
+// `ugf convert` writes exactly the converter's bytes where the converter
+// succeeds, and fails with no file where it fails. With
+// UGF_WRITE_DAMAGED_IMAGES naming a folder, the images are saved there for
+// the page's tests.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <set>
 #include <sstream>
@@ -114,6 +119,11 @@ struct Outcome {
 
 // Runs both forms on one damaged image and checks what a run may do.
 Outcome run_damaged(const ImageBuilder& damaged) {
+    static int saved = 0;
+    if (const char* keep = std::getenv("UGF_WRITE_DAMAGED_IMAGES")) {
+        std::filesystem::create_directories(keep);
+        damaged.save(std::string(keep) + "/damaged_" + std::to_string(++saved) + ".ugf");
+    }
     ScratchDir dir;
     const std::string input = dir.file("damaged.ugf");
     damaged.save(input);
@@ -131,6 +141,16 @@ Outcome run_damaged(const ImageBuilder& damaged) {
             dir.file(std::string("damaged_") + (form[0] == 'd' ? "detailed" : "grid") + "_output.csv");
         if (!opened && std::filesystem::exists(output)) why << "output after a failed open; ";
         if (read_file(input).value_or("") != before) why << "input changed; ";
+        const std::string kit = dir.file(form);
+        std::vector<std::string> args = {"convert", "--out-dir", kit, input};
+        if (form[0] == 'g') args.insert(args.begin() + 1, "--grid");
+        RunResult toolkit = run_toolkit_binary(args, "", 20);
+        const auto kit_output = read_file(kit + "/" + std::filesystem::path(output).filename().string());
+        if (run.status == 0 && run.console.find("STATUS: Export done.") != std::string::npos) {
+            if (toolkit.status != 0 || kit_output != read_file(output)) why << "ugf convert differs; ";
+        } else if (toolkit.status != 1 || kit_output) {
+            why << "ugf convert gave status " << toolkit.status << (kit_output ? " and an output" : "") << "; ";
+        }
         if (!why.str().empty()) return {false, std::string("form ") + form + ": " + why.str()};
         std::filesystem::remove(output);
     }

@@ -25,6 +25,10 @@ ScratchDir::~ScratchDir() {
     if (!path.empty()) std::filesystem::remove_all(path, ignored);
 }
 
+void write_file(const std::string& path, const std::string& text) {
+    std::ofstream(path, std::ios::binary) << text;
+}
+
 std::optional<std::string> read_file(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     if (!in) return std::nullopt;
@@ -56,15 +60,13 @@ std::optional<std::string> read_output(const std::string& path) {
     return content;
 }
 
-RunResult run_converter_binary(const std::vector<std::string>& args, const std::string& workdir,
-                               unsigned timeout_seconds) {
+namespace {
+
+RunResult run_binary(const char* binary, const std::vector<std::string>& args, const std::string& workdir,
+                     unsigned timeout_seconds) {
     ScratchDir capture;
     const std::string out_path = capture.file("stdout");
     const std::string err_path = capture.file("stderr");
-    // The binary can be replaced, for instance by a cross-built one run under
-    // an emulator: UGF2CSV_BINARY names it, UGF2CSV_WRAPPER the launcher.
-    const char* binary = std::getenv("UGF2CSV_BINARY");
-    if (binary == nullptr) binary = UGF2CSV_BINARY;
     const char* wrapper = std::getenv("UGF2CSV_WRAPPER");
 
     std::vector<std::string> argv_text;
@@ -95,8 +97,25 @@ RunResult run_converter_binary(const std::vector<std::string>& args, const std::
         result.status = WEXITSTATUS(wait_status);
     }
     result.console = from_platform_text(read_file(out_path).value_or(""));
-    result.errors = read_file(err_path).value_or("");
+    result.errors = from_platform_text(read_file(err_path).value_or(""));
     return result;
+}
+
+}  // namespace
+
+// The binaries can be replaced, for instance by cross-built ones run under
+// an emulator: UGF2CSV_BINARY and UGF_TOOLKIT_BINARY name them,
+// UGF2CSV_WRAPPER the launcher.
+RunResult run_converter_binary(const std::vector<std::string>& args, const std::string& workdir,
+                               unsigned timeout_seconds) {
+    const char* binary = std::getenv("UGF2CSV_BINARY");
+    return run_binary(binary != nullptr ? binary : UGF2CSV_BINARY, args, workdir, timeout_seconds);
+}
+
+RunResult run_toolkit_binary(const std::vector<std::string>& args, const std::string& workdir,
+                             unsigned timeout_seconds) {
+    const char* binary = std::getenv("UGF_TOOLKIT_BINARY");
+    return run_binary(binary != nullptr ? binary : UGF_TOOLKIT_BINARY, args, workdir, timeout_seconds);
 }
 
 std::string console_of_success(const std::string& echo) {

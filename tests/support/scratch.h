@@ -17,6 +17,9 @@ struct ScratchDir {
     std::string file(const std::string& name) const { return path + "/" + name; }
 };
 
+// Writes `text` as the whole content of a file.
+void write_file(const std::string& path, const std::string& text);
+
 // The whole content of a file, or nothing when it doesn't exist.
 std::optional<std::string> read_file(const std::string& path);
 
@@ -39,6 +42,10 @@ struct RunResult {
 // takes longer than `timeout_seconds` is killed and has the status -1.
 RunResult run_converter_binary(const std::vector<std::string>& args,
                                const std::string& workdir = "", unsigned timeout_seconds = 120);
+
+// The same for the toolkit `ugf` (UGF_TOOLKIT_BINARY replaces it).
+RunResult run_toolkit_binary(const std::vector<std::string>& args, const std::string& workdir = "",
+                             unsigned timeout_seconds = 120);
 
 // The console text of a run that opened the file and exported it: the three
 // status lines around `echo`.

@@ -7,8 +7,9 @@
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 
-if ! command -v x86_64-w64-mingw32-g++ >/dev/null || ! { command -v wine64 >/dev/null || [ -x /usr/lib/wine/wine64 ]; }; then
-  apt-get update -qq && apt-get install -y -qq g++-mingw-w64-x86-64 wine64 >/dev/null
+if ! command -v x86_64-w64-mingw32-g++-posix >/dev/null || ! { command -v wine64 >/dev/null || [ -x /usr/lib/wine/wine64 ]; } ||
+   [ ! -f /usr/x86_64-w64-mingw32/include/zlib.h ]; then
+  apt-get update -qq && apt-get install -y -qq g++-mingw-w64-x86-64 wine64 libz-mingw-w64-dev >/dev/null
 fi
 wine=$(command -v wine64 || echo /usr/lib/wine/wine64)
 
@@ -18,6 +19,10 @@ cmake --preset default >/dev/null && cmake --build --preset default --target e2e
 export WINEDEBUG=-all
 export UGF2CSV_WRAPPER="$wine"
 export UGF2CSV_BINARY="$PWD/build-windows/ugf2csv.exe"
+export UGF_TOOLKIT_BINARY="$PWD/build-windows/ugf.exe"
+# Arguments reach Wine as UTF-8, which it turns into the Windows program's
+# wide-character command line.
+export LC_ALL=C.UTF-8
 export UGF2CSV_CRLF=1
 "$wine" cmd /c exit >/dev/null 2>&1 || true   # creates the Wine prefix once
 ./build/tests/e2e_tests "$@"

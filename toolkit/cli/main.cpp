@@ -18,6 +18,8 @@ int run(int argc, const char* const* argv) {
                  "ugf"};
     app.set_version_flag("--version", std::string("ugf ") + UGF_VERSION);
     app.require_subcommand(1, 1);
+    // A path such as /data/tank4.ugf is a path, on Windows too.
+    app.allow_windows_style_options(false);
     std::vector<std::pair<CLI::App*, ugf::kit::Run>> commands;
     for (auto add : {ugf::kit::add_convert, ugf::kit::add_stats, ugf::kit::add_report, ugf::kit::add_compare,
                      ugf::kit::add_export}) {
