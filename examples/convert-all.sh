@@ -1,18 +1,24 @@
 #!/usr/bin/env bash
 # Converts every sample survey of this folder in both forms, grid and
-# detailed. The samples are copied into build/example-output (or the folder given as
-# the first argument) and converted there, so the outputs stand beside their
-# copies and the source tree stays clean. The converter is build/ugf2csv, or
-# UGF2CSV when that is set. Exits with 1 when any conversion failed.
+# detailed, with the converter, then shows the toolkit on them: the same
+# conversions by `ugf convert` (which must give the same bytes), the
+# statistics of every survey, the report page of the tank floor and the
+# comparison of the floor's two surveys. Everything is written to
+# build/example-output (or the folder given as the first argument), so the
+# source tree stays clean. The programs are build/ugf2csv and build/ugf, or
+# UGF2CSV and UGF when those are set. Exits with 1 when anything failed.
 set -uo pipefail
 here="$(cd "$(dirname "$0")" && pwd)"
 converter="${UGF2CSV:-$here/../build/ugf2csv}"
+toolkit="${UGF:-$here/../build/ugf}"
 out="${1:-$here/../build/example-output}"
 
-if [ ! -x "$converter" ]; then
-  echo "no converter at $converter: build it first (cmake --preset default && cmake --build --preset default)" >&2
-  exit 2
-fi
+for program in "$converter" "$toolkit"; do
+  if [ ! -x "$program" ]; then
+    echo "no program at $program: build first (cmake --preset default && cmake --build --preset default)" >&2
+    exit 2
+  fi
+done
 mkdir -p "$out" && out="$(cd "$out" && pwd)"
 
 failed=0
@@ -22,11 +28,24 @@ for sample in "$here"/*.ugf; do
   cp "$sample" "$out/$name"
   for form in g d; do
     total=$((total + 1))
-    echo "== $name $form"
+    echo "== ugf2csv $name $form a"
     if ! (cd "$out" && "$converter" "$name" "$form" a); then
       failed=$((failed + 1))
     fi
   done
 done
 echo "converted $((total - failed)) of $total; outputs in $out"
+
+echo "== ugf convert, both forms, into $out/toolkit: the same bytes"
+"$toolkit" convert --out-dir "$out/toolkit" "$here" && "$toolkit" convert --grid --out-dir "$out/toolkit" "$here" || failed=$((failed + 1))
+for csv in "$out"/*_output.csv; do
+  cmp -s "$csv" "$out/toolkit/$(basename "$csv")" || { echo "differs: $(basename "$csv")"; failed=$((failed + 1)); }
+done
+echo "== ugf stats --minimum 0.200 corrosion_2d.ugf"
+"$toolkit" stats --minimum 0.200 "$here/corrosion_2d.ugf" || failed=$((failed + 1))
+echo "== ugf report --minimum 0.210: $out/corrosion_2d_report.html"
+"$toolkit" report --minimum 0.210 --out-dir "$out" "$here/corrosion_2d.ugf" || failed=$((failed + 1))
+echo "== ugf compare --years 3 --minimum 0.150: $out/corrosion_2d_2029_compare.csv and .html"
+"$toolkit" compare --years 3 --minimum 0.150 --out-dir "$out" "$here/corrosion_2d.ugf" "$here/corrosion_2d_2029.ugf" ||
+  failed=$((failed + 1))
 [ "$failed" -eq 0 ]

@@ -8,6 +8,7 @@ point of the latest survey's grids over the years between them, and draws
 it in millimetres (or thousandths of an inch) per year, one panel per grid.
 Points that either survey lacks, or where a signal was lost, stay blank.
 """
+import os
 import sys
 
 import matplotlib
@@ -49,7 +50,7 @@ def main(baseline_path, latest_path, years, out):
         ax.set_xticks(range(len(columns)), columns)
         ax.set_yticks(range(len(rows)), rows)
         fig.colorbar(image, ax=ax, label=f"corrosion rate ({per_year} per year)")
-    fig.suptitle(f"{latest_path} against {baseline_path}, {years:g} years")
+    fig.suptitle(f"{os.path.basename(latest_path)} against {os.path.basename(baseline_path)}, {years:g} years")
     fig.tight_layout()
     fig.savefig(out, dpi=100)
     print(f"wrote {out}")

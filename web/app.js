@@ -120,26 +120,11 @@ async function convertForms(s) {
   }
 }
 
-async function showFacts(s) {
-  const id = await engineId(s);
-  const r = await ask({ op: 'facts', id, minimum: numberOrNaN($('minimum')) });
-  s.facts.replaceChildren();
-  if (r.error) { s.facts.append(el('div', { class: 'failed', text: r.error })); return; }
-  const f = JSON.parse(r.json);
-  const rows = [['Instrument', `${f.instrument} (${f.model})`], ['File type', f.file_type], ['Units', f.units],
-    ['Identifiers', `${f.first_id} to ${f.last_id} (${f.pattern})`], ['Points', f.points],
-    ['Readings', f.readings], ['Empty points', f.empty], ['Lost signals', f.lost]];
-  if (f.minimum) rows.push(['Minimum', `${f.minimum.text} at ${f.minimum.id}`], ['Maximum', `${f.maximum.text} at ${f.maximum.id}`]);
-  const table = el('table', { class: 'facts' });
-  for (const [k, v] of rows) table.append(el('tr', {}, el('td', { text: k }), el('td', { text: String(v) })));
-  s.facts.append(table);
-}
-
 async function showReport(s) {
   const id = await engineId(s);
   const r = await ask({ op: 'report', id, minimum: numberOrNaN($('minimum')), nominal: numberOrNaN($('nominal')) });
   s.report.replaceChildren();
-  if (r.error || !r.html) return;
+  if (r.error) { s.report.append(el('div', { class: 'failed', text: r.error })); return; }
   s.report.append(el('iframe', { class: 'report', title: `Report of ${s.name}`, srcdoc: r.html }));
   s.reportLink.replaceChildren(link(r.name, new TextEncoder().encode(r.html), 'text/html'));
 }
@@ -163,17 +148,15 @@ function addSurvey(file, bytes) {
   s.extras = el('div', { class: 'links' });
   s.reportLink = el('span');
   s.messages = el('div');
-  s.facts = el('div');
   s.report = el('div');
   s.extras.append(extraButton(s, 'Quoted CSV (detailed)', 'quoted', 'd'), extraButton(s, 'Quoted CSV (grid)', 'quoted', 'g'),
     extraButton(s, 'Workbook (detailed)', 'xlsx', 'd'), extraButton(s, 'Workbook (grid)', 'xlsx', 'g'), s.reportLink);
-  s.section.append(el('h2', { text: s.name }), s.links, s.messages, s.extras, s.facts, s.report);
+  s.section.append(el('h2', { text: s.name }), s.links, s.messages, s.extras, s.report);
   $('surveys').append(s.section);
   surveys.push(s);
   updateCompareChoices();
   enqueue(`${s.name}`, async () => {
     await convertForms(s);
-    await showFacts(s);
     await showReport(s);
     s.section.dataset.done = '1';
   });
@@ -202,7 +185,7 @@ drop.addEventListener('drop', (event) => {
   drop.classList.remove('over');
   takeFiles([...event.dataTransfer.files]);
 });
-$('apply').onclick = () => { for (const s of surveys) enqueue(`${s.name}: map`, async () => { await showFacts(s); await showReport(s); }); };
+$('apply').onclick = () => { for (const s of surveys) enqueue(`${s.name}: map`, () => showReport(s)); };
 $('run-compare').onclick = () => enqueue('comparison', async () => {
   const baseline = surveys[Number($('baseline').value)];
   const latest = surveys[Number($('latest').value)];

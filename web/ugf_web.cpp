@@ -15,7 +15,6 @@
 #include "core/compare.h"
 #include "core/convert.h"
 #include "core/report.h"
-#include "core/stats.h"
 #include "core/survey.h"
 #include "run/run.h"
 
@@ -154,31 +153,6 @@ val convert_extra(int id, const std::string& kind, const std::string& form) {
     return result;
 }
 
-// The facts and statistics of `ugf stats --json`, as JSON text.
-val facts(int id, double minimum) {
-    val result = val::object();
-    PageSurvey* s = find(id);
-    if (s == nullptr) return result;
-    if (!s->opened) {
-        result.set("error", s->name + ": " + s->why);
-        return result;
-    }
-    Stats stats;
-    std::string why;
-    const std::optional<double> limit = std::isnan(minimum) ? std::nullopt : std::optional<double>(minimum);
-    if (survey_stats(s->survey, limit, stats, why) == 0) {
-        result.set("error", s->name + ": " + why);
-        return result;
-    }
-    const Facts f = survey_facts(s->survey);
-    nlohmann::ordered_json j = stats_json(stats);
-    j["first_id"] = f.first_id;
-    j["last_id"] = f.last_id;
-    j["pattern"] = f.pattern;
-    result.set("json", j.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
-    return result;
-}
-
 std::optional<double> given(double v) { return std::isnan(v) ? std::nullopt : std::optional<double>(v); }
 
 std::string stem_of(const std::string& name) {
@@ -241,5 +215,4 @@ EMSCRIPTEN_BINDINGS(ugf_web) {
     emscripten::function("removeSurvey", &remove_survey);
     emscripten::function("runConverter", &run_converter_on);
     emscripten::function("convertExtra", &convert_extra);
-    emscripten::function("facts", &facts);
 }

@@ -26,11 +26,6 @@ onmessage = async (event) => {
         reply = { error: r.error, name: r.name, bytes: copy(r.bytes) };
         break;
       }
-      case 'facts': {
-        const r = engine.facts(m.id, m.minimum);
-        reply = { error: r.error, json: r.json };
-        break;
-      }
       case 'report': {
         const r = engine.report(m.id, m.minimum, m.nominal);
         reply = { error: r.error, name: r.name, html: r.html };
