@@ -53,6 +53,16 @@ py::object object_array(const std::vector<std::string>& values) {
     return py::module_::import("numpy").attr("array")(items, py::arg("dtype") = "object");
 }
 
+// A table of equal columns: a pandas.DataFrame where pandas can be
+// imported, else the dict of numpy arrays itself.
+py::object table(py::dict columns) {
+    try {
+        return py::module_::import("pandas").attr("DataFrame")(columns);
+    } catch (const py::error_already_set&) {
+        return columns;
+    }
+}
+
 struct PySurvey {
     Survey survey;
     std::mutex lock;  // one call at a time on a survey; other surveys run on other threads
@@ -167,11 +177,7 @@ py::object points(PySurvey& s) {
     columns["alarm"] = object_array(alarm);
     columns["velocity"] = bools(velocity);
     columns["index"] = array_of(index);
-    try {
-        return py::module_::import("pandas").attr("DataFrame")(columns);
-    } catch (const py::error_already_set&) {
-        return columns;
-    }
+    return table(columns);
 }
 
 std::vector<Grid> grids_of(PySurvey& s) {
@@ -351,11 +357,7 @@ py::object compare(PySurvey& baseline, PySurvey& latest, std::optional<double> y
     columns["rate"] = array_of(rate);
     columns["minimum"] = array_of(limit);
     columns["remaining_life"] = array_of(life);
-    try {
-        return py::module_::import("pandas").attr("DataFrame")(columns);
-    } catch (const py::error_already_set&) {
-        return columns;
-    }
+    return table(columns);
 }
 
 }  // namespace

@@ -49,6 +49,23 @@ PageSurvey* find(int id) {
     return it == surveys().by_id.end() ? nullptr : it->second.get();
 }
 
+// The survey of `id` when the toolkit could open it; else nullptr, with the
+// reason in `result` where the survey exists.
+PageSurvey* opened(int id, val& result) {
+    PageSurvey* s = find(id);
+    if (s != nullptr && !s->opened) {
+        result.set("error", s->name + ": " + s->why);
+        return nullptr;
+    }
+    return s;
+}
+
+std::string stem_of(const std::string& name) {
+    return name.size() >= 4 && (name.compare(name.size() - 4, 4, ".ugf") == 0 || name.compare(name.size() - 4, 4, ".UGF") == 0)
+               ? name.substr(0, name.size() - 4)
+               : name;
+}
+
 val bytes_of(const std::string& text) {
     val array = val::global("Uint8Array").new_(text.size());
     array.call<void>("set", val(emscripten::typed_memory_view(text.size(), reinterpret_cast<const std::uint8_t*>(text.data()))));
@@ -125,8 +142,7 @@ val run_converter_on(int id, const std::string& form, const val& progress) {
     if (status == 0) {
         ConvertOptions options;
         options.form = form == "g" ? OUTPUT_GRID : OUTPUT_DETAILED;
-        const std::string stem = s->name.substr(0, s->name.size() - 4);
-        result.set("name", stem + output_ending(options));
+        result.set("name", stem_of(s->name) + output_ending(options));
         result.set("bytes", bytes_of(run.output));
     }
     return result;
@@ -135,41 +151,26 @@ val run_converter_on(int id, const std::string& form, const val& progress) {
 // A quoted CSV or a workbook of the survey.
 val convert_extra(int id, const std::string& kind, const std::string& form) {
     val result = val::object();
-    PageSurvey* s = find(id);
+    PageSurvey* s = opened(id, result);
     if (s == nullptr) return result;
-    if (!s->opened) {
-        result.set("error", s->name + ": " + s->why);
-        return result;
-    }
     ConvertOptions options{form == "g" ? OUTPUT_GRID : OUTPUT_DETAILED, kind == "quoted", kind == "xlsx"};
     std::string out, why;
     if (convert_to_text(s->survey, options, out, why) == 0) {
         result.set("error", s->name + ": " + why);
         return result;
     }
-    const std::string stem = s->name.size() >= 4 ? s->name.substr(0, s->name.size() - 4) : s->name;
-    result.set("name", stem + (kind == "quoted" ? std::string("_quoted") : std::string()) + output_ending(options));
+    result.set("name", stem_of(s->name) + (kind == "quoted" ? std::string("_quoted") : std::string()) + output_ending(options));
     result.set("bytes", bytes_of(out));
     return result;
 }
 
 std::optional<double> given(double v) { return std::isnan(v) ? std::nullopt : std::optional<double>(v); }
 
-std::string stem_of(const std::string& name) {
-    return name.size() >= 4 && (name.compare(name.size() - 4, 4, ".ugf") == 0 || name.compare(name.size() - 4, 4, ".UGF") == 0)
-               ? name.substr(0, name.size() - 4)
-               : name;
-}
-
 // The report page of `ugf report`.
 val report(int id, double minimum, double nominal) {
     val result = val::object();
-    PageSurvey* s = find(id);
+    PageSurvey* s = opened(id, result);
     if (s == nullptr) return result;
-    if (!s->opened) {
-        result.set("error", s->name + ": " + s->why);
-        return result;
-    }
     std::string page, why;
     if (survey_report(s->survey, {given(minimum), given(nominal)}, page, why) == 0) {
         result.set("error", s->name + ": " + why);
@@ -183,15 +184,9 @@ val report(int id, double minimum, double nominal) {
 // The CSV and the page of `ugf compare`.
 val compare(int baseline_id, int latest_id, double years, double minimum) {
     val result = val::object();
-    PageSurvey* b = find(baseline_id);
-    PageSurvey* l = find(latest_id);
-    if (b == nullptr || l == nullptr) return result;
-    for (PageSurvey* s : {b, l}) {
-        if (!s->opened) {
-            result.set("error", s->name + ": " + s->why);
-            return result;
-        }
-    }
+    PageSurvey* b = opened(baseline_id, result);
+    PageSurvey* l = b != nullptr ? opened(latest_id, result) : nullptr;
+    if (l == nullptr) return result;
     Comparison comparison;
     std::string page, why;
     if (compare_surveys(b->survey, l->survey, {given(years), given(minimum)}, comparison, why) == 0 ||

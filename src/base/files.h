@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 namespace ugf {
 
@@ -15,6 +16,13 @@ std::FILE* open_file(const char* path, const char* mode);
 // Latin-1, so that every name converts.
 std::wstring utf8_to_wide(const char* text);
 std::string wide_to_utf8(const wchar_t* text);
+// The program's arguments, from the wide-character entry point, as UTF-8:
+// `argv` points into `texts` and ends with a null pointer.
+struct Utf8Arguments {
+    std::vector<std::string> texts;
+    std::vector<const char*> argv;
+};
+Utf8Arguments utf8_arguments(int argc, wchar_t** argv);
 #endif
 
 }  // namespace ugf

@@ -215,7 +215,7 @@ int compute_dimension_text(IdDimension& dim, std::int32_t file_type, std::int64_
 
 namespace {
 
-RecentText& recent_slot(RecentTexts& recent_texts, const IdDimension& dim, std::int64_t offset) {
+KnownText& recent_slot(RecentTexts& recent_texts, const IdDimension& dim, std::int64_t offset) {
     std::uint64_t start_head = 0;
     std::uint64_t end_head = 0;
     std::memcpy(&start_head, dim.start_text, sizeof start_head);
@@ -228,6 +228,22 @@ RecentText& recent_slot(RecentTexts& recent_texts, const IdDimension& dim, std::
 
 bool same_texts(const char* a, const char* b) { return std::memcmp(a, b, ID_TEXT_SIZE) == 0; }
 
+// Whether `known` holds the text of the dimension at `offset`.
+bool holds(const KnownText& known, const IdDimension& dim, bool manual, std::int64_t offset) {
+    return known.valid && known.manual == manual && known.offset == offset &&
+           same_texts(known.start_text, dim.start_text) && same_texts(known.end_text, dim.end_text);
+}
+
+// Keeps the dimension's current text in `known` as its text at `offset`.
+void remember(KnownText& known, const IdDimension& dim, bool manual, std::int64_t offset) {
+    known.valid = true;
+    known.manual = manual;
+    known.offset = offset;
+    std::memcpy(known.start_text, dim.start_text, ID_TEXT_SIZE);
+    std::memcpy(known.end_text, dim.end_text, ID_TEXT_SIZE);
+    std::memcpy(known.result, dim.current_text, ID_TEXT_SIZE);
+}
+
 }  // namespace
 
 void id_dimension_refresh(IdDimension& dim, std::int32_t file_type, std::int64_t offset,
@@ -236,35 +252,22 @@ void id_dimension_refresh(IdDimension& dim, std::int32_t file_type, std::int64_t
         dim.current_text[0] = '\0';
         return;
     }
-    IdDimension::RefreshMemo& memo = dim.memo;
     const bool manual = is_manual_layout(file_type);
-    if (memo.valid && memo.manual == manual && memo.offset == offset &&
-        same_texts(memo.start_text, dim.start_text) && same_texts(memo.end_text, dim.end_text)) {
-        std::memcpy(dim.current_text, memo.result, ID_TEXT_SIZE);
+    if (holds(dim.memo, dim, manual, offset)) {
+        std::memcpy(dim.current_text, dim.memo.result, ID_TEXT_SIZE);
         return;
     }
-    RecentText* recent = recent_texts != nullptr ? &recent_slot(*recent_texts, dim, offset) : nullptr;
-    if (recent != nullptr && recent->valid && recent->manual == manual && recent->offset == offset &&
-        same_texts(recent->start_text, dim.start_text) && same_texts(recent->end_text, dim.end_text)) {
+    KnownText* recent = recent_texts != nullptr ? &recent_slot(*recent_texts, dim, offset) : nullptr;
+    if (recent != nullptr && holds(*recent, dim, manual, offset)) {
         std::memcpy(dim.current_text, recent->result, ID_TEXT_SIZE);
     } else {
-        memo.valid = compute_dimension_text(dim, file_type, offset) == 1;
-        if (!memo.valid) return;
-        if (recent != nullptr) {
-            recent->valid = true;
-            recent->manual = manual;
-            recent->offset = offset;
-            std::memcpy(recent->start_text, dim.start_text, ID_TEXT_SIZE);
-            std::memcpy(recent->end_text, dim.end_text, ID_TEXT_SIZE);
-            std::memcpy(recent->result, dim.current_text, ID_TEXT_SIZE);
-        }
+        // A dimension whose texts don't subtract keeps its text, which is
+        // then more than its inputs decide: it is never remembered.
+        dim.memo.valid = compute_dimension_text(dim, file_type, offset) == 1;
+        if (!dim.memo.valid) return;
+        if (recent != nullptr) remember(*recent, dim, manual, offset);
     }
-    memo.valid = true;
-    memo.manual = manual;
-    memo.offset = offset;
-    std::memcpy(memo.start_text, dim.start_text, ID_TEXT_SIZE);
-    std::memcpy(memo.end_text, dim.end_text, ID_TEXT_SIZE);
-    std::memcpy(memo.result, dim.current_text, ID_TEXT_SIZE);
+    remember(dim.memo, dim, manual, offset);
 }
 
 void id_spec_refresh(IdSpec& id_spec, std::int32_t file_type) {

@@ -12,25 +12,29 @@
 
 namespace ugf {
 
+// A dimension text worked out before, with everything it depends on: the
+// manual flag, the start and end texts and the offset.
+struct KnownText {
+    bool valid = false;
+    bool manual = false;
+    std::int64_t offset = 0;
+    char start_text[ID_TEXT_SIZE] = {};
+    char end_text[ID_TEXT_SIZE] = {};
+    char result[ID_TEXT_SIZE] = {};
+};
+
 struct IdDimension {
     char start_text[ID_TEXT_SIZE] = {};
     char end_text[ID_TEXT_SIZE] = {};
     char current_text[ID_TEXT_SIZE] = {};
     std::int32_t step = 0;  // 0: the dimension is not in use
-    // The last text that id_dimension_refresh worked out, with what it was
-    // worked out from. A walk refreshes every dimension at every point while
-    // most of them stay where they were, and the identifier arithmetic is
-    // the dearest step of a row; the memo lets an unchanged dimension copy
-    // its text instead. Keyed by everything the text depends on, so a
-    // changed start, end or offset always computes afresh.
-    struct RefreshMemo {
-        bool valid = false;
-        bool manual = false;
-        std::int64_t offset = 0;
-        char start_text[ID_TEXT_SIZE] = {};
-        char end_text[ID_TEXT_SIZE] = {};
-        char result[ID_TEXT_SIZE] = {};
-    } memo{};
+    // The last text that id_dimension_refresh worked out. A walk refreshes
+    // every dimension at every point while most of them stay where they
+    // were, and the identifier arithmetic is the dearest step of a row; the
+    // memo lets an unchanged dimension copy its text instead. Keyed by
+    // everything the text depends on, so a changed start, end or offset
+    // always computes afresh.
+    KnownText memo{};
     // The template of the dimension's offsets, which only the start and end
     // texts decide (their difference), with the texts it came from. Every
     // point of a walk needs it, and the subtraction behind it is the same
@@ -44,24 +48,14 @@ struct IdDimension {
     } span{};
 };
 
-// Dimension texts worked out before, keyed on everything a text depends on:
-// the manual flag, the start and end texts and the offset. A walk comes back
-// to the same offsets of its fastest dimension row after row; a table with
-// room for a few thousand of them lets it copy the texts instead of working
-// them out again. Direct-mapped: a new text replaces the slot's old one.
-struct RecentText {
-    bool valid = false;
-    bool manual = false;
-    std::int64_t offset = 0;
-    char start_text[ID_TEXT_SIZE] = {};
-    char end_text[ID_TEXT_SIZE] = {};
-    char result[ID_TEXT_SIZE] = {};
-};
-
+// Dimension texts worked out before. A walk comes back to the same offsets
+// of its fastest dimension row after row; a table with room for a few
+// thousand of them lets it copy the texts instead of working them out
+// again. Direct-mapped: a new text replaces the slot's old one.
 inline constexpr std::size_t RECENT_TEXT_SLOTS = 4096;
 
 struct RecentTexts {
-    std::array<RecentText, RECENT_TEXT_SLOTS> slots{};
+    std::array<KnownText, RECENT_TEXT_SLOTS> slots{};
 };
 
 struct IdSpec {

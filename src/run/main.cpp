@@ -5,10 +5,6 @@
 #include "base/files.h"
 #include "run/run.h"
 
-#if defined(_WIN32)
-#include <string>
-#include <vector>
-#endif
 
 namespace {
 
@@ -46,12 +42,8 @@ int run(int argc, const char* const* argv) {
 // name in another script can't be written; the wide-character entry gets
 // them whole, and the converter takes them as UTF-8.
 int wmain(int argc, wchar_t** argv) {
-    std::vector<std::string> args;
-    for (int i = 0; i < argc; ++i) args.push_back(ugf::wide_to_utf8(argv[i]));
-    std::vector<const char*> pointers;
-    for (const std::string& a : args) pointers.push_back(a.c_str());
-    pointers.push_back(nullptr);
-    return run(argc, pointers.data());
+    const ugf::Utf8Arguments args = ugf::utf8_arguments(argc, argv);
+    return run(argc, args.argv.data());
 }
 #else
 int main(int argc, char** argv) { return run(argc, argv); }

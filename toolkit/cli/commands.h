@@ -48,6 +48,26 @@ Outputs plan_outputs(const std::vector<Input>& inputs, const std::string& ending
 std::size_t run_jobs(const std::vector<Input>& inputs, unsigned jobs, bool progress,
                      const std::function<std::string(const Input&, Survey&)>& work);
 
+// What a subcommand does to each survey that its paths name.
+struct SurveyWork {
+    std::vector<std::string> paths;
+    unsigned jobs = 1;
+    bool progress = false;
+    // Outputs named NAME + ending beside each survey or in out_dir; no
+    // outputs when `ending` is empty.
+    std::string ending;
+    std::string out_dir;
+    // The summary's verb ("converted" N of M surveys); none when empty.
+    std::string verb;
+};
+
+// Opens each survey (a name must end in ".ugf") and runs `work` on it with
+// its output's name; `work` returns "" or what went wrong, which is told on
+// standard error. Returns the exit status: 0 when every path and survey was
+// done, else 1.
+int run_surveys(const SurveyWork& what,
+                const std::function<std::string(Survey&, std::size_t index, const std::string& target)>& work);
+
 // The default number of threads: the number of processors.
 unsigned default_jobs();
 

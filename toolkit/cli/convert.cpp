@@ -19,24 +19,12 @@ struct ConvertCommand {
 };
 
 int run_convert(const ConvertCommand& c) {
-    int failed = 0;
-    const std::vector<Input> inputs = gather_inputs(c.paths, failed);
     const ConvertOptions options{c.grid ? OUTPUT_GRID : OUTPUT_DETAILED, c.quote, c.xlsx};
-
-    const Outputs outputs = plan_outputs(inputs, output_ending(options), c.out_dir);
-    const std::size_t failures = run_jobs(inputs, c.jobs, true, [&](const Input& input, Survey& survey) -> std::string {
-        const std::size_t i = static_cast<std::size_t>(&input - inputs.data());
-        const std::string& target = outputs.targets[i];
-        if (!outputs.clashes[i].empty()) return outputs.clashes[i];
-        if (!has_survey_extension(input.path)) return "not a .ugf file";
-        std::string why;
-        if (open_survey(survey, input.path, why) == 0) return why;
-        if (convert_to_file(survey, options, target, why) == 0) return why;
-        return "";
-    });
-    const std::size_t total = inputs.size() + static_cast<std::size_t>(failed);
-    std::fprintf(stderr, "converted %zu of %zu surveys\n", inputs.size() - failures, total);
-    return failures == 0 && failed == 0 ? 0 : 1;
+    return run_surveys({c.paths, c.jobs, true, output_ending(options), c.out_dir, "converted"},
+                       [&](Survey& survey, std::size_t, const std::string& target) {
+                           std::string why;
+                           return convert_to_file(survey, options, target, why) != 0 ? "" : why;
+                       });
 }
 
 }  // namespace

@@ -16,13 +16,11 @@ struct ExportCommand {
 };
 
 int run_export(const ExportCommand& c) {
-    int failed = 0;
-    const std::vector<Input> inputs = gather_inputs(c.paths, failed);
-    const std::size_t failures = run_jobs(inputs, c.jobs, true, [&](const Input& input, Survey& survey) -> std::string {
+    return run_surveys({c.paths, c.jobs, true, "_survey.json", c.out_dir, ""},
+                       [&](Survey& survey, std::size_t, const std::string& target) -> std::string {
         std::string why;
-        if (open_survey(survey, input.path, why) == 0) return why;
         AtomicFile out;
-        if (atomic_open(out, output_path(input, "_survey.json", c.out_dir), false, why) == 0) return why;
+        if (atomic_open(out, target, false, why) == 0) return why;
         const int ok = write_survey_json(survey, [&](std::string_view text) {
             std::fwrite(text.data(), 1, text.size(), out.file);
         }, why);
@@ -32,7 +30,6 @@ int run_export(const ExportCommand& c) {
         }
         return atomic_commit(out, why) != 0 ? "" : why;
     });
-    return failures == 0 && failed == 0 ? 0 : 1;
 }
 
 }  // namespace

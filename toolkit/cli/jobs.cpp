@@ -114,4 +114,24 @@ std::size_t run_jobs(const std::vector<Input>& inputs, unsigned jobs, bool progr
     return failed;
 }
 
+int run_surveys(const SurveyWork& what,
+                const std::function<std::string(Survey&, std::size_t index, const std::string& target)>& work) {
+    int failed = 0;
+    const std::vector<Input> inputs = gather_inputs(what.paths, failed);
+    const Outputs outputs = plan_outputs(inputs, what.ending, what.out_dir);
+    const std::size_t failures = run_jobs(inputs, what.jobs, what.progress, [&](const Input& input, Survey& survey) -> std::string {
+        const std::size_t i = static_cast<std::size_t>(&input - inputs.data());
+        if (!what.ending.empty() && !outputs.clashes[i].empty()) return outputs.clashes[i];
+        if (!has_survey_extension(input.path)) return "not a .ugf file";
+        std::string why;
+        if (open_survey(survey, input.path, why) == 0) return why;
+        return work(survey, i, outputs.targets[i]);
+    });
+    if (!what.verb.empty()) {
+        const std::size_t total = inputs.size() + static_cast<std::size_t>(failed);
+        std::fprintf(stderr, "%s %zu of %zu surveys\n", what.verb.c_str(), inputs.size() - failures, total);
+    }
+    return failures == 0 && failed == 0 ? 0 : 1;
+}
+
 }  // namespace ugf::kit

@@ -49,11 +49,8 @@ int run(int argc, const char* const* argv) {
 #if defined(_WIN32)
 // The wide-character entry gets names in any script; they go on as UTF-8.
 int wmain(int argc, wchar_t** argv) {
-    std::vector<std::string> args;
-    for (int i = 0; i < argc; ++i) args.push_back(ugf::wide_to_utf8(argv[i]));
-    std::vector<const char*> pointers;
-    for (const std::string& a : args) pointers.push_back(a.c_str());
-    return run(argc, pointers.data());
+    const ugf::Utf8Arguments args = ugf::utf8_arguments(argc, argv);
+    return run(argc, args.argv.data());
 }
 #else
 int main(int argc, char** argv) { return run(argc, argv); }

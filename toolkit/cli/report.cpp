@@ -18,22 +18,12 @@ struct ReportCommand {
 };
 
 int run_report(const ReportCommand& c) {
-    int failed = 0;
-    const std::vector<Input> inputs = gather_inputs(c.paths, failed);
-    const Outputs outputs = plan_outputs(inputs, "_report.html", c.out_dir);
-    const std::size_t failures = run_jobs(inputs, c.jobs, true, [&](const Input& input, Survey& survey) -> std::string {
-        const std::size_t i = static_cast<std::size_t>(&input - inputs.data());
-        if (!outputs.clashes[i].empty()) return outputs.clashes[i];
-        if (!has_survey_extension(input.path)) return "not a .ugf file";
-        std::string why, page;
-        if (open_survey(survey, input.path, why) == 0) return why;
-        if (survey_report(survey, c.options, page, why) == 0) return why;
-        if (write_file_atomically(outputs.targets[i], page, false, why) == 0) return why;
-        return "";
-    });
-    const std::size_t total = inputs.size() + static_cast<std::size_t>(failed);
-    std::fprintf(stderr, "reported %zu of %zu surveys\n", inputs.size() - failures, total);
-    return failures == 0 && failed == 0 ? 0 : 1;
+    return run_surveys({c.paths, c.jobs, true, "_report.html", c.out_dir, "reported"},
+                       [&](Survey& survey, std::size_t, const std::string& target) {
+                           std::string why, page;
+                           if (survey_report(survey, c.options, page, why) == 0) return why;
+                           return write_file_atomically(target, page, false, why) != 0 ? "" : why;
+                       });
 }
 
 }  // namespace

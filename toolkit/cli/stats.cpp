@@ -1,5 +1,7 @@
 // `ugf stats`: the figures of each survey's readings, as a table or JSON.
 #include <cstdio>
+#include <map>
+#include <mutex>
 #include <optional>
 
 #include "cli/commands.h"
@@ -16,25 +18,23 @@ struct StatsCommand {
 };
 
 int run_stats(const StatsCommand& c) {
-    int failed = 0;
-    const std::vector<Input> inputs = gather_inputs(c.paths, failed);
-    std::vector<Stats> results(inputs.size());
-    std::vector<char> ok(inputs.size(), 0);
-    const std::size_t failures = run_jobs(inputs, default_jobs(), false, [&](const Input& input, Survey& survey) -> std::string {
-        const std::size_t i = static_cast<std::size_t>(&input - inputs.data());
-        std::string why;
-        if (open_survey(survey, input.path, why) == 0) return why;
-        if (survey_stats(survey, c.minimum, results[i], why) == 0) return why;
-        ok[i] = 1;
-        return "";
-    });
-    // JSON Lines: one object a survey, each on a line of its own.
-    for (std::size_t i = 0; i < inputs.size(); ++i) {
-        if (ok[i] == 0) continue;
-        const std::string text = c.json ? stats_json(results[i]).dump() + "\n" : stats_text(results[i]);
-        std::fputs(text.c_str(), stdout);
-    }
-    return failures == 0 && failed == 0 ? 0 : 1;
+    // The figures are printed in the order of the surveys, whatever the
+    // order in which the threads finish them.
+    std::map<std::size_t, std::string> texts;
+    std::mutex lock;
+    const int status = run_surveys({c.paths, default_jobs(), false, "", "", ""},
+                                   [&](Survey& survey, std::size_t i, const std::string&) {
+                                       Stats stats;
+                                       std::string why;
+                                       if (survey_stats(survey, c.minimum, stats, why) == 0) return why;
+                                       // JSON Lines: one object a survey, each on a line of its own.
+                                       std::string text = c.json ? stats_json(stats).dump() + "\n" : stats_text(stats);
+                                       std::lock_guard<std::mutex> guard(lock);
+                                       texts[i] = std::move(text);
+                                       return std::string();
+                                   });
+    for (const auto& [i, text] : texts) std::fputs(text.c_str(), stdout);
+    return status;
 }
 
 }  // namespace

@@ -397,32 +397,19 @@ Bscan bscan_of(DlSession& s, const ReadingRecord& reading, const Point& point) {
 int for_each_scan(Survey& survey, const std::function<int(const Ascan&)>& ascan,
                   const std::function<int(const Bscan&)>& bscan, std::string& why) {
     DlSession& session = *survey.session;
-    if (!has_output(survey)) {
-        why = conversion_failure(survey);
-        return 0;
-    }
-    for (PointWalk walk = point_walk_begin(session); point_walk_more(walk); point_walk_advance(session, walk)) {
-        if (point_walk_runs_off(walk)) {
-            why = conversion_failure(survey);
-            return 0;
-        }
-        Point point;
-        if (read_point(survey, walk.storage_index, point, why) == 0) return 0;
-        char id[ID_TEXT_SIZE] = {};
-        point_walk_id(session, walk, id);
-        point.id = id;
-        if (!point.ascan && !point.bscan) continue;
+    return for_each_point(survey, [&](const Point& point) {
+        if (!point.ascan && !point.bscan) return 1;
         // The scan itself, as the detailed form reads it.
         ReadingRecord reading{};
-        if (read_reading(session, walk.storage_index, reading, *session.scan_store, 1) == 0) {
+        if (read_reading(session, point.index, reading, *session.scan_store, 1) == 0) {
             why = conversion_failure(survey);
             return 0;
         }
         const ReadingScan scan = merge_scan_head(session, reading, *session.scan_store);
         if (scan.has_ascan != 0 && ascan(ascan_of(session, reading, point)) == 0) return 0;
         if (scan.has_bscan != 0 && bscan(bscan_of(session, reading, point)) == 0) return 0;
-    }
-    return 1;
+        return 1;
+    }, why);
 }
 
 }  // namespace ugf::kit

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/labels.h"
+#include "base/utf8.h"
 #include "file/field.h"
 #include "store/record.h"
 #include "store/scan.h"
@@ -15,27 +16,8 @@ namespace {
 
 using json = nlohmann::ordered_json;
 
-// Texts from the file are bytes; JSON wants UTF-8. A byte that isn't part of
-// valid UTF-8 is read as Latin-1.
-std::string utf8(const char* text) {
-    std::string out;
-    const auto* s = reinterpret_cast<const unsigned char*>(text);
-    for (std::size_t i = 0; s[i] != 0;) {
-        const unsigned char c = s[i];
-        std::size_t n = c < 0x80 ? 1 : (c >> 5) == 0x6 ? 2 : (c >> 4) == 0xE ? 3 : (c >> 3) == 0x1E ? 4 : 0;
-        bool valid = n != 0 && c != 0xC0 && c != 0xC1 && c < 0xF5;
-        for (std::size_t k = 1; valid && k < n; ++k) valid = (s[i + k] & 0xC0) == 0x80;
-        if (valid) {
-            out.append(text + i, n);
-            i += n;
-        } else {
-            out.push_back(static_cast<char>(0xC0 | (c >> 6)));
-            out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-            ++i;
-        }
-    }
-    return out;
-}
+// Texts from the file are bytes; JSON wants UTF-8.
+std::string utf8(const char* text) { return utf8_text(text); }
 
 json number_or_null(double v) { return std::isnan(v) ? json(nullptr) : json(v); }
 
