@@ -12,7 +12,7 @@ import openpyxl
 import pytest
 
 CSV_TO_XLSX = os.environ["CSV_TO_XLSX"]
-UGF2CSV = os.environ["UGF2CSV"]
+UGF = os.environ["UGF"]
 EXAMPLES = os.environ["UGF_EXAMPLES"]
 SAMPLES = sorted(f[:-4] for f in os.listdir(EXAMPLES) if f.endswith(".ugf"))
 PLAIN_NUMBER = re.compile(r"-?(\d+(\.\d+)?|\.\d+)")
@@ -40,18 +40,22 @@ def convert(csv_path, titles, text_columns, piece, sheet="survey"):
 
 
 def sample_books(tmp_path, form):
-    """(CSV rows, workbook, title rows, text columns) of every sample in one form.
-    Grid titles are the rows above the first row title; the detailed form's
-    first column holds the identifiers."""
+    """(CSV rows, workbook of `ugf convert --xlsx`, title rows, text columns)
+    of every sample in one form. The workbook has the cells of the quoted
+    CSV, where a stored text with a comma stays one cell. Grid titles are the
+    rows above the first row title; the identifiers, in the first column of
+    the detailed form and of the lines of a grid without titles, stay text."""
     for name in SAMPLES:
         shutil.copy(os.path.join(EXAMPLES, name + ".ugf"), tmp_path)
-        subprocess.run([UGF2CSV, name + ".ugf", form, "a"], cwd=tmp_path, check=True,
-                       stdout=subprocess.DEVNULL)
-        path = tmp_path / f"{name}_{'grid' if form == 'g' else 'detailed'}_output.csv"
-        with open(path, newline="", encoding="ascii") as f:
+        grid = ["--grid"] if form == "g" else []
+        for kind in ("--quote", "--xlsx"):
+            subprocess.run([UGF, "convert", kind, *grid, name + ".ugf"], cwd=tmp_path, check=True,
+                           stderr=subprocess.DEVNULL)
+        kind = "grid" if form == "g" else "detailed"
+        with open(tmp_path / f"{name}_{kind}_output.csv", newline="", encoding="ascii") as f:
             rows = list(csv.reader(f))
         titles = next(i for i, row in enumerate(rows) if row[0]) if form == "g" else 0
-        yield rows, convert(path, titles, int(form == "d"), 300, name), titles, int(form == "d")
+        yield rows, tmp_path / f"{name}_{kind}_output.xlsx", titles, int(form == "d" or titles == 0)
 
 
 def check_cell(cell, text, number):
