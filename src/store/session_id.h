@@ -42,6 +42,9 @@ struct PointWalk {
     std::uint64_t slots = 0;
     std::uint32_t storage_index = 0;
     bool stored_ids = false;
+    // The parts of the identifiers, for surveys whose identifiers they
+    // can compose (else nullptr: each is composed anew).
+    WalkTexts* texts = nullptr;
 };
 
 PointWalk point_walk_begin(DlSession& session);
