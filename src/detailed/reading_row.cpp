@@ -1,5 +1,6 @@
 #include "detailed/reading_row.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstring>
@@ -51,28 +52,8 @@ std::string_view fast_mode_text(std::uint32_t code) {
 
 std::string_view on_off(bool on) { return on ? "ON"sv : "OFF"sv; }
 
-// One capital letter for each set bit of the note mask, bit 0 ("A") first.
-struct NoteLetters {
-    std::array<char, 17> text{};
-    std::size_t length = 0;
-    explicit NoteLetters(std::uint32_t mask) {
-        for (std::uint32_t bit = 0; mask >> bit != 0 && bit < 16; ++bit) {
-            if (((mask >> bit) & 1u) != 0) text[length++] = static_cast<char>('A' + bit);
-        }
-    }
-    std::string_view view() const { return {text.data(), length}; }
-};
-
 const GaugeSetup& reading_setup(const DlSession& session, const ReadingRecord& reading) {
     return session.setups[setup_number(reading)].gauge;
-}
-
-// The UNITS cell; only the precision gauge looks at measurement mode 5.
-const char* units_text(const DlSession& session, const ReadingRecord& reading, int velocity_flag) {
-    const std::uint32_t u = units(reading);
-    if (velocity_flag == 1) return ui_text(UI_VELOCITY_UNITS + u);
-    return length_unit_text(u, session.gage_type == GAGE_PRECISION &&
-                                   meas_mode(reading_setup(session, reading)) == MEAS_MODE_CP);
 }
 
 bool is_empty_slot(const ReadingRecord& reading) { return record_type(reading) == RECORD_EMPTY; }
@@ -218,15 +199,6 @@ void add_measurement_pairs(CsvRow& row, const DlSession& session, const ReadingR
     row.add(second.view());
 }
 
-// Adds the status columns (made in `status`), the measurement pairs and
-// the line end.
-void add_row_rest(CsvRow& row, const TextBuilder& status, const DlSession& session,
-                  const ReadingRecord& reading, int velocity_flag) {
-    row.add(status.view());
-    add_measurement_pairs(row, session, reading, velocity_flag);
-    row.add("\n");
-}
-
 }  // namespace
 
 const char* length_unit_text(std::uint32_t units, bool cp_mode) {
@@ -269,45 +241,100 @@ int write_columns_precision(const DlSession& session, const ReadingRecord& readi
     return row.finish();
 }
 
+void row_texts_init(RowTexts& texts, const DlSession& session) {
+    for (std::uint32_t u = 0; u < 4; ++u) {
+        texts.length_units[u] = length_unit_text(u, false);
+        texts.velocity_units[u] = ui_text(UI_VELOCITY_UNITS + u);
+        texts.cp_units[u] = length_unit_text(u, true);
+    }
+    for (std::uint32_t a = 0; a < 8; ++a) texts.alarms[a] = alarm_state_text(a);
+    for (int s = 0; s < SETUP_COUNT; ++s) {
+        const GaugeSetup& setup = session.setups[static_cast<std::size_t>(s)].gauge;
+        texts.cp[s] = session.gage_type == GAGE_PRECISION && meas_mode(setup) == MEAS_MODE_CP;
+        char gain[NUMBER_TEXT_SIZE];
+        format_gain_setting(gain, sizeof gain, setup.gain_mode, setup.gain_db);
+        TextBuilder cells(texts.setup_cells[s], sizeof texts.setup_cells[s]);
+        cells.put_cells({diff_type_text(diff_type(setup)), gain});
+        texts.setup_cells_length[s] = static_cast<std::uint8_t>(cells.len);
+    }
+}
+
+namespace {
+
+char* put_text(char* at, std::string_view text) {
+    copy_bytes(at, text.data(), text.size());
+    return at + text.size();
+}
+
+char* put_cell(char* at, std::string_view text) {
+    *at = ',';
+    return put_text(at + 1, text);
+}
+
+// The status columns, written whole and then cut where the row buffer of
+// ROW_BUFFER_SIZE bytes that they were once made in would cut them (no
+// text of the tables comes near it).
+char* put_status(char* at, const RowTexts& texts, const ReadingRecord& reading, bool corrosion,
+                 int has_ascan, int velocity_flag) {
+    char* const start = at;
+    const std::uint32_t u = units(reading);
+    const std::uint32_t s = setup_number(reading);
+    at = put_cell(at, velocity_flag == 1 ? texts.velocity_units[u] : texts.cp[s] ? texts.cp_units[u] : texts.length_units[u]);
+    at = put_cell(at, texts.alarms[alarm_state(reading)]);
+    if (corrosion) at = put_text(at, {texts.setup_cells[s], texts.setup_cells_length[s]});
+    at = put_cell(at, fast_mode_text(fast_mode(reading)));
+    *at++ = ',';
+    // The note letters, bit 0 ("A") first.
+    for (std::uint32_t mask = note_mask(reading) & 0xFFFFu; mask != 0; mask &= mask - 1) {
+        *at++ = static_cast<char>('A' + __builtin_ctz(mask));
+    }
+    *at++ = ',';
+    if (s >= 10) *at++ = static_cast<char>('0' + s / 10);
+    *at++ = static_cast<char>('0' + s % 10);
+    if (corrosion) at = put_cell(at, echo_to_echo(reading) != 0 ? "E TO E"sv : "STD"sv);
+    at = put_cell(at, on_off(bscan_mode(reading) != 0));
+    at = put_cell(at, on_off(has_ascan == 1));
+    return start + std::min<std::size_t>(static_cast<std::size_t>(at - start), ROW_BUFFER_SIZE - 1);
+}
+
+}  // namespace
+
+char* put_columns(char* at, const RowTexts& texts, const DlSession& session,
+                  const ReadingRecord& reading, bool corrosion, int has_ascan, int velocity_flag) {
+    if (is_empty_slot(reading)) return put_text(at, corrosion ? ",,,,,,,,,,,,,,,,\n"sv : ",,,,,,,,,,,,,\n"sv);
+    at = put_status(at, texts, reading, corrosion, has_ascan, velocity_flag);
+    // Each pair piece as the piece buffer of PIECE_BUFFER_SIZE bytes holds it.
+    TextBuilder first(at, PIECE_BUFFER_SIZE);
+    add_first_pair(first, session, reading);
+    at += first.len;
+    TextBuilder second(at, PIECE_BUFFER_SIZE);
+    add_second_pairs(second, session, reading, velocity_flag);
+    at += second.len;
+    *at++ = '\n';
+    return at;
+}
+
+namespace {
+
+void add_columns(CsvRow& row, const DlSession& session, const ReadingRecord& reading, bool corrosion,
+                 int has_ascan, int velocity_flag) {
+    RowTexts texts;
+    row_texts_init(texts, session);
+    char text[ROW_COLUMNS_ROOM];
+    char* const end = put_columns(text, texts, session, reading, corrosion, has_ascan, velocity_flag);
+    row.add(std::string_view(text, static_cast<std::size_t>(end - text)));
+}
+
+}  // namespace
+
 void add_columns_corrosion(CsvRow& row, const DlSession& session, const ReadingRecord& reading,
                            int has_ascan, int velocity_flag) {
-    if (is_empty_slot(reading)) {
-        row.add(",,,,,,,,,,,,,,,,\n");
-        return;
-    }
-    const GaugeSetup& setup = reading_setup(session, reading);
-    char gain[NUMBER_TEXT_SIZE];
-    format_gain_setting(gain, sizeof gain, setup.gain_mode, setup.gain_db);
-    const NoteLetters notes(note_mask(reading));
-    // ",%s,%s,%s,%s,%s,%s,%d,%s,%s,%s"
-    char text[ROW_BUFFER_SIZE];
-    TextBuilder status(text, sizeof text);
-    status.put_cells({units_text(session, reading, velocity_flag), alarm_state_text(alarm_state(reading)),
-                      diff_type_text(diff_type(setup)), gain, fast_mode_text(fast_mode(reading)),
-                      notes.view()});
-    status.put(',');
-    status.put_int(setup_number(reading));
-    status.put_cells({echo_to_echo(reading) != 0 ? "E TO E"sv : "STD"sv, on_off(bscan_mode(reading) != 0),
-                      on_off(has_ascan == 1)});
-    add_row_rest(row, status, session, reading, velocity_flag);
+    add_columns(row, session, reading, true, has_ascan, velocity_flag);
 }
 
 void add_columns_precision(CsvRow& row, const DlSession& session, const ReadingRecord& reading,
                            int has_ascan, int velocity_flag) {
-    if (is_empty_slot(reading)) {
-        row.add(",,,,,,,,,,,,,\n");
-        return;
-    }
-    const NoteLetters notes(note_mask(reading));
-    // ",%s,%s,%s,%s,%d,%s,%s"
-    char text[ROW_BUFFER_SIZE];
-    TextBuilder status(text, sizeof text);
-    status.put_cells({units_text(session, reading, velocity_flag), alarm_state_text(alarm_state(reading)),
-                      fast_mode_text(fast_mode(reading)), notes.view()});
-    status.put(',');
-    status.put_int(setup_number(reading));
-    status.put_cells({on_off(bscan_mode(reading) != 0), on_off(has_ascan == 1)});
-    add_row_rest(row, status, session, reading, velocity_flag);
+    add_columns(row, session, reading, false, has_ascan, velocity_flag);
 }
 
 int write_measurement_pairs(const DlSession& session, const ReadingRecord& reading,
