@@ -2,8 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "base/console.h"
+#include "base/text_builder.h"
 #include "detailed/header_values.h"
 #include "detailed/preamble.h"
 #include "detailed/reading_row.h"
@@ -85,13 +87,11 @@ constexpr std::size_t THICKNESS_ROW_ROOM = ID_CELL_SIZE + QUOTED_EXTRA_MAX + NUM
 
 void add_thickness_row(CsvRow& rows, const DlSession& session, const RowTexts& texts,
                        const ReadingRecord& reading, const ReadingScan& scan, const StoredCell& id,
-                       DigitLayout layout) {
+                       std::size_t id_length, DigitLayout layout) {
     char* at = rows.room(THICKNESS_ROW_ROOM);
-    std::size_t length = 0;
-    while (length < ID_TEXT_MAX + id.extra && id.text[length] != '\0') {
-        at[length] = id.text[length];
-        ++length;
-    }
+    // An identifier has at most ID_TEXT_MAX characters, quotes aside.
+    const std::size_t length = id.extra == 0 ? id_length : std::strlen(id.text);
+    copy_bytes(at, id.text, length);
     at += length;
     *at++ = ',';
     at += thickness_text(at, reading, layout, meas_mode(session.setups[setup_number(reading)].gauge),
@@ -146,12 +146,12 @@ int walk_rows(DlSession& session, int output_form, CsvSink& sink, CsvRow& rows) 
         const ReadingScan scan = merge_scan_head(session, reading, *session.scan_store);
 
         char id_text[ID_TEXT_SIZE] = {};
-        point_walk_id(session, walk, id_text);
+        const std::size_t id_length = point_walk_id(session, walk, id_text);
         StoredCell id;
         stored_cell(id, id_text, sink);
         if (output_form == OUTPUT_DETAILED &&
             (gage_type == GAGE_CORROSION || gage_type == GAGE_PRECISION)) {
-            add_thickness_row(rows, session, texts, reading, scan, id, layout);
+            add_thickness_row(rows, session, texts, reading, scan, id, id_length, layout);
             if (sink.verbose_output != 0 || scan.has_ascan != 0 || scan.has_bscan != 0) rows.flush();
             const int more = walk.visit != walk.total - 1 ? 1 : 0;
             if (write_dumps(session, reading, scan, more, sink) == 0) return 0;

@@ -88,16 +88,18 @@ PointWalk point_walk_begin(DlSession& session) {
     return walk;
 }
 
-void point_walk_id(DlSession& session, const PointWalk& walk, char* out) {
-    if (walk.stored_ids) {
-        session_stored_id(session, walk.storage_index, out);
-    } else if (walk.texts != nullptr) {
+std::size_t point_walk_id(DlSession& session, const PointWalk& walk, char* out) {
+    if (walk.texts != nullptr) {
         // The cursor goes to the storage index as in session_point_id.
         cursor_seek(session.id_spec.cursor, walk.storage_index);
-        id_spec_walk_compose(session.id_spec, *walk.texts, session.file_type, out);
+        return id_spec_walk_compose(session.id_spec, *walk.texts, session.file_type, out);
+    }
+    if (walk.stored_ids) {
+        session_stored_id(session, walk.storage_index, out);
     } else {
         session_point_id(session, walk.storage_index, out, 1);
     }
+    return std::strlen(out);
 }
 
 void point_walk_advance(DlSession& session, PointWalk& walk) {
