@@ -66,137 +66,134 @@ std::string_view no_value_text(const DlSession& session) {
     return session.gage_type == GAGE_PRECISION ? "-.----"sv : "--.---"sv;
 }
 
-// A stored 20-bit value as a length, in the reading's units and resolution;
-// the length of the text.
-std::size_t format_pair_length(char* out, std::size_t size, const DlSession& session,
-                               const ReadingRecord& reading, std::uint32_t value) {
-    return format_thickness(out, size, static_cast<std::int32_t>(value), units(reading), resolution(reading),
-                     pair_layout(session), 0, meas_mode(reading_setup(session, reading)));
-}
-
-// The value of the first pair. The text may be empty.
-void first_value_text(char* out, std::size_t size, const DlSession& session,
-                      const ReadingRecord& reading) {
+// The value of the first pair, which may be empty, into out (NUMBER_TEXT_SIZE
+// bytes); returns its length.
+std::size_t first_value_text(char* out, const DlSession& session, const ReadingRecord& reading) {
     const std::uint32_t f = first_value(reading);
     const std::uint32_t mode = meas_mode(reading_setup(session, reading));
+    TextBuilder text(out, NUMBER_TEXT_SIZE);
     switch (first_kind(reading)) {
         case 1:  // coating: the standard digits less their sign position
             if (los(reading) != 0 || f <= COATING_MARKER_MAX) {
-                TextBuilder(out, size).put(LOST_VALUE);
+                text.put(std::string_view(LOST_VALUE));
             } else {
-                char text[NUMBER_TEXT_SIZE];
-                format_thickness(text, sizeof text, static_cast<std::int32_t>(f), units(reading),
-                                 resolution(reading), LAYOUT_STANDARD, 0, mode);
-                TextBuilder(out, size).put(text[0] != '\0' ? text + 1 : text);
+                char digits[NUMBER_TEXT_SIZE];
+                const std::size_t n = format_thickness(digits, sizeof digits, static_cast<std::int32_t>(f), units(reading),
+                                                       resolution(reading), LAYOUT_STANDARD, 0, mode);
+                text.put(n != 0 ? std::string_view(digits + 1, n - 1) : std::string_view());
             }
-            break;
+            return text.len;
         case 2:  // oxide
             if (los(reading) != 0) {
-                TextBuilder(out, size).put(LOST_OXIDE);
-            } else {
-                format_thickness(out, size, static_cast<std::int32_t>(f), units(reading),
-                                 resolution(reading), LAYOUT_PRECISION, 0, mode);
+                text.put(std::string_view(LOST_OXIDE));
+                return text.len;
             }
-            break;
+            return format_thickness(out, NUMBER_TEXT_SIZE, static_cast<std::int32_t>(f), units(reading),
+                                    resolution(reading), LAYOUT_PRECISION, 0, mode);
         default:  // temperature, whatever the signal
-            format_temperature(out, size, static_cast<std::int32_t>(f), units(reading) == 1 ? 1u : 0u);
-            break;
+            format_temperature(out, NUMBER_TEXT_SIZE, static_cast<std::int32_t>(f), units(reading) == 1 ? 1u : 0u);
+            return std::strlen(out);
     }
 }
 
 // The DIFF value: the thickness less the setup's reference, as a length in
-// the setup's units or as a percentage of the reference. The percent text
-// keeps "%%", which the CSV write halves.
-void difference_text(char* out, std::size_t size, const DlSession& session,
-                     const ReadingRecord& reading) {
+// the setup's units or as a percentage of the reference, into out
+// (NUMBER_TEXT_SIZE bytes); returns its length. The percent text keeps "%%",
+// which the CSV write halves.
+std::size_t difference_text(char* out, const DlSession& session, const ReadingRecord& reading) {
+    TextBuilder text(out, NUMBER_TEXT_SIZE);
     if (los(reading) != 0) {
-        TextBuilder(out, size).put(LOST_VALUE);
-        return;
+        text.put(std::string_view(LOST_VALUE));
+        return text.len;
     }
     const GaugeSetup& setup = reading_setup(session, reading);
     const std::int32_t d = static_cast<std::int32_t>(
         static_cast<std::uint32_t>(thickness_length(reading)) - setup.diff_reference);
     if (diff_type(setup) == 1) {
-        format_thickness(out, size, d, units(setup), resolution(setup), pair_layout(session), 0,
-                         meas_mode(setup));
-        return;
+        return format_thickness(out, NUMBER_TEXT_SIZE, d, units(setup), resolution(setup), pair_layout(session), 0,
+                                meas_mode(setup));
     }
-    if (setup.diff_reference == 0) {  // no percentage of nothing
-        out[0] = '\0';
-        return;
-    }
+    if (setup.diff_reference == 0) return 0;  // no percentage of nothing
     const std::int32_t percent =
         truncate_to_i32(static_cast<double>(d) * 100.0 / static_cast<double>(setup.diff_reference));
-    TextBuilder text(out, size);  // "%3d%%%%"
-    text.put_int(percent, 3);
+    text.put_int(percent, 3);  // "%3d%%%%"
     text.put("%%");
+    return text.len;
+}
+
+// A piece of the pairs, written whole and then cut where the piece buffer of
+// PIECE_BUFFER_SIZE bytes that it was once made in would cut it (no piece
+// comes near it).
+char* cut_piece(char* start, char* end) {
+    return start + std::min<std::size_t>(static_cast<std::size_t>(end - start), PIECE_BUFFER_SIZE - 1);
+}
+
+char* put_text(char* at, std::string_view text) {
+    copy_bytes(at, text.data(), text.size());
+    return at + text.size();
+}
+
+char* put_cell(char* at, std::string_view text) {
+    *at = ',';
+    return put_text(at + 1, text);
+}
+
+// A length of the pairs as a cell: ",", then the value in the reading's units
+// and resolution.
+char* put_length_cell(char* at, const DlSession& session, const ReadingRecord& reading, std::uint32_t value) {
+    *at++ = ',';
+    return at + format_thickness(at, NUMBER_TEXT_SIZE, static_cast<std::int32_t>(value), units(reading), resolution(reading),
+                                 pair_layout(session), 0, meas_mode(reading_setup(session, reading)));
 }
 
 // The first pair: the extra value and its type, or two empty cells.
-void add_first_pair(TextBuilder& piece, const DlSession& session, const ReadingRecord& reading) {
+char* put_first_pair(char* at, const DlSession& session, const ReadingRecord& reading) {
     static constexpr char FIRST_TYPES[][8] = {"", "COATING", "OXIDE", "TEMP"};
     static constexpr std::uint8_t FIRST_TYPE_LENGTHS[] = {0, 7, 5, 4};
     static_assert(lengths_match(FIRST_TYPES, FIRST_TYPE_LENGTHS));
     const std::uint32_t first = first_kind(reading);
-    if (first == 0) {
-        piece.put(",,");
-        return;
-    }
-    char value[NUMBER_TEXT_SIZE];
-    first_value_text(value, sizeof value, session, reading);
-    piece.put_cells({value, table_text(FIRST_TYPES, FIRST_TYPE_LENGTHS, first)});  // ",%s,%s"
-}
-
-// ",%s,%s,%s,%s" of a pair of values and their types.
-void add_value_pair(TextBuilder& piece, std::string_view value, std::string_view type,
-                    std::string_view value2, std::string_view type2) {
-    piece.put_cells({value, type, value2, type2});
+    if (first == 0) return put_text(at, ",,"sv);
+    char* const start = at;
+    *at++ = ',';
+    at += first_value_text(at, session, reading);
+    return cut_piece(start, put_cell(at, table_text(FIRST_TYPES, FIRST_TYPE_LENGTHS, first)));  // ",%s,%s"
 }
 
 // The second and third pairs: minimum and maximum, difference or span.
-void add_second_pairs(TextBuilder& piece, const DlSession& session, const ReadingRecord& reading,
-                      int velocity_flag) {
-    char value[NUMBER_TEXT_SIZE];
+char* put_second_pairs(char* at, const DlSession& session, const ReadingRecord& reading, int velocity_flag) {
     const std::uint32_t second = second_kind(reading);
+    if (second == 0 || velocity_flag == 1) return put_text(at, ",,,,"sv);
+    char* const start = at;
     const std::string_view none = no_value_text(session);
     const std::uint32_t mn = min_value(reading);
     const std::uint32_t mx = max_value(reading);
-    if (second == 0 || velocity_flag == 1) {
-        piece.put(",,,,");
-    } else if (second == 1) {
-        // Only the maximum says whether the pair holds values.
-        if (mx == 0) {
-            add_value_pair(piece, none, "MIN", none, "MAX");
-        } else {
-            char max_text[NUMBER_TEXT_SIZE];
-            const std::size_t n = format_pair_length(value, sizeof value, session, reading, mn);
-            const std::size_t max_n = format_pair_length(max_text, sizeof max_text, session, reading, mx);
-            add_value_pair(piece, {value, n}, "MIN", {max_text, max_n}, "MAX");
-        }
-    } else if (second == 2) {
-        difference_text(value, sizeof value, session, reading);
-        add_value_pair(piece, value, "DIFF", "", "");  // ",%s,%s,,"
-    } else {
-        // The minimum's fields hold the span; a lost signal doesn't hide it.
-        if (mn == 0) {
-            add_value_pair(piece, none, "MAX-MIN", "", "");
-        } else {
-            const std::size_t n = format_pair_length(value, sizeof value, session, reading, mn);
-            add_value_pair(piece, {value, n}, "MAX-MIN", "", "");
-        }
+    if (second == 1) {
+        // Only the maximum says whether the pair holds values.  ",%s,%s,%s,%s"
+        at = mx == 0 ? put_cell(at, none) : put_length_cell(at, session, reading, mn);
+        at = put_text(at, ",MIN"sv);
+        at = mx == 0 ? put_cell(at, none) : put_length_cell(at, session, reading, mx);
+        return cut_piece(start, put_text(at, ",MAX"sv));
     }
+    if (second == 2) {
+        *at++ = ',';
+        at += difference_text(at, session, reading);
+        return cut_piece(start, put_text(at, ",DIFF,,"sv));  // ",%s,%s,,"
+    }
+    // The minimum's fields hold the span; a lost signal doesn't hide it.
+    if (mn == 0) {
+        at = put_cell(at, none);
+    } else {
+        at = put_length_cell(at, session, reading, mn);
+    }
+    return cut_piece(start, put_text(at, ",MAX-MIN,,"sv));
 }
 
 // Adds the three pairs of a reading to its row, in two pieces.
 void add_measurement_pairs(CsvRow& row, const DlSession& session, const ReadingRecord& reading,
                            int velocity_flag) {
-    char text[PIECE_BUFFER_SIZE];
-    TextBuilder first(text, sizeof text);
-    add_first_pair(first, session, reading);
-    row.add(first.view());
-    TextBuilder second(text, sizeof text);
-    add_second_pairs(second, session, reading, velocity_flag);
-    row.add(second.view());
+    char text[2 * PIECE_BUFFER_SIZE];
+    row.add(std::string_view(text, static_cast<std::size_t>(put_first_pair(text, session, reading) - text)));
+    row.add(std::string_view(text, static_cast<std::size_t>(put_second_pairs(text, session, reading, velocity_flag) - text)));
 }
 
 }  // namespace
@@ -261,16 +258,6 @@ void row_texts_init(RowTexts& texts, const DlSession& session) {
 
 namespace {
 
-char* put_text(char* at, std::string_view text) {
-    copy_bytes(at, text.data(), text.size());
-    return at + text.size();
-}
-
-char* put_cell(char* at, std::string_view text) {
-    *at = ',';
-    return put_text(at + 1, text);
-}
-
 // The status columns, written whole and then cut where the row buffer of
 // ROW_BUFFER_SIZE bytes that they were once made in would cut them (no
 // text of the tables comes near it).
@@ -303,13 +290,8 @@ char* put_columns(char* at, const RowTexts& texts, const DlSession& session,
                   const ReadingRecord& reading, bool corrosion, int has_ascan, int velocity_flag) {
     if (is_empty_slot(reading)) return put_text(at, corrosion ? ",,,,,,,,,,,,,,,,\n"sv : ",,,,,,,,,,,,,\n"sv);
     at = put_status(at, texts, reading, corrosion, has_ascan, velocity_flag);
-    // Each pair piece as the piece buffer of PIECE_BUFFER_SIZE bytes holds it.
-    TextBuilder first(at, PIECE_BUFFER_SIZE);
-    add_first_pair(first, session, reading);
-    at += first.len;
-    TextBuilder second(at, PIECE_BUFFER_SIZE);
-    add_second_pairs(second, session, reading, velocity_flag);
-    at += second.len;
+    at = put_first_pair(at, session, reading);
+    at = put_second_pairs(at, session, reading, velocity_flag);
     *at++ = '\n';
     return at;
 }
