@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "base/console.h"
+#include "base/text_builder.h"
 
 namespace ugf {
 namespace {
@@ -385,8 +386,8 @@ std::size_t id_spec_walk_compose(IdSpec& id_spec, WalkTexts& texts, std::int32_t
     }
     const std::size_t n = texts.head_length;
     const std::size_t take = std::min(length, ID_TEXT_MAX - n);
-    std::memcpy(out, texts.head, n);
-    std::memcpy(out + n, text, take);
+    copy_bytes(out, texts.head, n);
+    copy_bytes(out + n, text, take);
     out[n + take] = '\0';
     return n + take;
 }
