@@ -43,7 +43,7 @@ struct DigitRow {
     bool cp_format;
 };
 
-DigitRow precision_row(std::uint32_t a, std::uint32_t units, std::uint32_t resolution,
+[[gnu::always_inline]] inline DigitRow precision_row(std::uint32_t a, std::uint32_t units, std::uint32_t resolution,
                        std::uint32_t meas_mode) {
     const bool cp = meas_mode == MEAS_MODE_CP;
     const bool fine = resolution != 0;
@@ -63,7 +63,7 @@ DigitRow precision_row(std::uint32_t a, std::uint32_t units, std::uint32_t resol
     return {7, 5, 3, 2, 50, 1000000, false};
 }
 
-DigitRow standard_row(std::uint32_t a, std::uint32_t units, std::uint32_t resolution,
+[[gnu::always_inline]] inline DigitRow standard_row(std::uint32_t a, std::uint32_t units, std::uint32_t resolution,
                       DigitLayout layout) {
     const bool fine = resolution == 1;
     if (units == 0) {
