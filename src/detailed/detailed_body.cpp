@@ -152,7 +152,11 @@ int walk_rows(DlSession& session, int output_form, CsvSink& sink, CsvRow& rows) 
         if (output_form == OUTPUT_DETAILED &&
             (gage_type == GAGE_CORROSION || gage_type == GAGE_PRECISION)) {
             add_thickness_row(rows, session, texts, reading, scan, id, id_length, layout);
-            if (sink.verbose_output != 0 || scan.has_ascan != 0 || scan.has_bscan != 0) rows.flush();
+            if (scan.has_ascan == 0 && scan.has_bscan == 0) {
+                if (sink.verbose_output != 0) rows.flush();
+                continue;
+            }
+            rows.flush();
             const int more = walk.visit != walk.total - 1 ? 1 : 0;
             if (write_dumps(session, reading, scan, more, sink) == 0) return 0;
             continue;
