@@ -239,16 +239,18 @@ std::size_t format_thickness(char* out, std::size_t size, std::int32_t value, st
                                                     : standard_row(a, units, resolution, layout);
     a += row.round;
     const int width = negative ? row.width - 1 : row.width;
-    if (__builtin_expect(size < 16 || row.cp_format || a >= 100000000 || width > 8, 0)) {
+    if (__builtin_expect(size < 16 || a >= 100000000 || width > 8, 0)) {
         return format_thickness_general(out, size, value, units, resolution, layout, doubled, meas_mode);
     }
-    // The usual text, made in one word: the field "%*.5lu" of `a` (blanks,
-    // then at least five digits) cut to six characters, of which the first
-    // `keep` go out, then the point and the next `decimals`.
+    // The usual text, made in one word: the field of `a` (a blank in mode 5,
+    // then blanks up to the width, then at least `precision` digits) cut to
+    // six characters, of which the first `keep` go out, then the point and
+    // the next `decimals`. Digits that would stand past the eighth character
+    // leave the word, past the cut anyway.
     const int keep = negative && a < row.threshold ? row.keep - 1 : row.keep;
-    // At least five digits: max(5, the digits of a).
-    const int body = a < 100000 ? 5 : a < 1000000 ? 6 : a < 10000000 ? 7 : 8;
-    const int pad = std::max(width - body, 0);
+    const int precision = row.cp_format ? row.digits : 5;
+    const int body = std::max(precision, a == 0 ? 0 : decimal_digit_count(a));
+    const int pad = std::max(width - body, 0) + (row.cp_format ? 1 : 0);
     const std::uint64_t field = (eight_digits(a) >> (8 * (8 - body)) << (8 * pad)) | low_bytes(0x2020202020202020ull, static_cast<std::size_t>(pad));
     const std::size_t length = std::min<std::size_t>(static_cast<std::size_t>(pad + body), DIGIT_FIELD_SIZE - 1);
     const std::size_t head = std::min<std::size_t>(static_cast<std::size_t>(std::max(keep, 0)), length);
