@@ -249,7 +249,13 @@ std::size_t format_thickness(char* out, std::size_t size, std::int32_t value, st
     // leave the word, past the cut anyway.
     const int keep = negative && a < row.threshold ? row.keep - 1 : row.keep;
     const int precision = row.cp_format ? row.digits : 5;
-    const int body = std::max(precision, a == 0 ? 0 : decimal_digit_count(a));
+    // max(precision, the digits of a), a of 0 having none.
+    int body = 5;
+    if (a >= 100000) {
+        body = a < 1000000 ? 6 : a < 10000000 ? 7 : 8;
+    } else if (row.cp_format) {
+        body = std::max(precision, a < 10 ? (a != 0 ? 1 : 0) : a < 100 ? 2 : a < 1000 ? 3 : a < 10000 ? 4 : 5);
+    }
     const int pad = std::max(width - body, 0) + (row.cp_format ? 1 : 0);
     const std::uint64_t field = (eight_digits(a) >> (8 * (8 - body)) << (8 * pad)) | low_bytes(0x2020202020202020ull, static_cast<std::size_t>(pad));
     const std::size_t length = std::min<std::size_t>(static_cast<std::size_t>(pad + body), DIGIT_FIELD_SIZE - 1);
