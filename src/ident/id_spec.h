@@ -73,7 +73,7 @@ struct IdSpec {
 // copies every part for each point. Here the prefix with the texts of
 // dimensions 2 and 1 is kept while their positions stay, and the texts of
 // dimension 0 are kept by position, since each row of the walk comes back to
-// the same ones. Only for specs whose texts depend on nothing but their
+// the same ones. Only for identifiers whose texts depend on nothing but their
 // offsets (id_spec_walk_ready); the caller owns it.
 struct WalkTexts {
     static constexpr std::size_t POSITIONS = 1024;  // of dimension 0 kept
@@ -124,7 +124,7 @@ bool id_spec_walk_ready(const IdSpec& id_spec, std::int32_t file_type);
 // Forgets what `texts` kept.
 void walk_texts_reset(WalkTexts& texts);
 
-// For a spec that is walk-ready: the identifier with the prefix at the
+// For an IdSpec that is walk-ready: the identifier with the prefix at the
 // cursor's positions, the same text that id_spec_refresh and then
 // id_spec_compose (with the prefix, no label, no suffix) make, into out
 // (ID_TEXT_SIZE bytes); returns its length. Dimension 0's current text is

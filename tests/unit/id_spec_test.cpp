@@ -259,7 +259,7 @@ TEST(IdSpecText, DimensionTextsAndUnits) {
 }
 
 // The walk's composition from kept parts against the whole composition, on
-// random specs (prefixes, texts of letters, digits and "-", start and end of
+// random headers (prefixes, texts of letters, digits and "-", start and end of
 // other shapes or in the wrong order, negative and zero steps), walked in
 // every pattern with random increment fields and mixed with jumps to any
 // position, inside the box or not.
