@@ -46,6 +46,16 @@ struct CsvRow {
         used += piece.size();
     }
 
+    // Room for n characters behind what was gathered (n at most CAPACITY),
+    // for a caller that writes a piece in place and then calls taken() with
+    // its end. The piece must not begin with a "%" where the text gathered
+    // so far ends with one.
+    char* room(std::size_t n) {
+        if (n > CAPACITY - used) flush();
+        return text.data() + used;
+    }
+    void taken(const char* end) { used = static_cast<std::size_t>(end - text.data()); }
+
     // Writes the rest; 1, or 0 when any write gave 0.
     int finish() {
         flush();

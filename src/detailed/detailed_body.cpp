@@ -2,8 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "base/console.h"
+#include "base/text_builder.h"
 #include "detailed/header_values.h"
 #include "detailed/preamble.h"
 #include "detailed/reading_row.h"
@@ -76,21 +78,27 @@ void merge_flaw_head(const DlSession& session, ReadingRecord& reading, const Sca
     }
 }
 
-// The detailed row of a thickness gauge reading: the identifier cell, the
-// thickness and the columns behind them reach csv_write as one row.
-void add_thickness_row(CsvRow& row, const DlSession& session, const ReadingRecord& reading,
-                       const ReadingScan& scan, std::string_view id_cell, DigitLayout layout) {
-    row.add(id_cell);
-    ThicknessCell cell{};
-    thickness_cell_text(cell, reading, 0, layout,
-                        meas_mode(session.setups[setup_number(reading)].gauge),
-                        scan.velocity_flag == 1 ? session.velocity_text : nullptr);
-    row.add(cell.data());
-    if (session.gage_type == GAGE_CORROSION) {
-        add_columns_corrosion(row, session, reading, scan.has_ascan, scan.velocity_flag);
-    } else {
-        add_columns_precision(row, session, reading, scan.has_ascan, scan.velocity_flag);
-    }
+// The detailed row of a thickness gauge reading, written in place behind the
+// rows gathered before it: the identifier cell, the thickness and the
+// columns behind them. A row begins behind the line end of the one before
+// it, and its cells behind the comma of the identifier cell, so no "%%" can
+// form where they meet.
+constexpr std::size_t THICKNESS_ROW_ROOM = ID_CELL_SIZE + QUOTED_EXTRA_MAX + NUMBER_TEXT_SIZE + ROW_COLUMNS_ROOM;
+
+void add_thickness_row(CsvRow& rows, const DlSession& session, const RowTexts& texts,
+                       const ReadingRecord& reading, const ReadingScan& scan, const StoredCell& id,
+                       std::size_t id_length, DigitLayout layout) {
+    char* at = rows.room(THICKNESS_ROW_ROOM);
+    // An identifier has at most ID_TEXT_MAX characters, quotes aside.
+    const std::size_t length = id.extra == 0 ? id_length : std::strlen(id.text);
+    copy_bytes(at, id.text, length);
+    at += length;
+    *at++ = ',';
+    at += thickness_text(at, reading, layout, meas_mode(session.setups[setup_number(reading)].gauge),
+                         scan.velocity_flag == 1 ? session.velocity_text : nullptr);
+    at = put_columns(at, texts, session, reading, session.gage_type == GAGE_CORROSION, scan.has_ascan,
+                     scan.velocity_flag);
+    rows.taken(at);
 }
 
 // The dumps of a reading's scans, with fresh titles behind them when `more`
@@ -126,6 +134,8 @@ int walk_rows(DlSession& session, int output_form, CsvSink& sink, CsvRow& rows) 
     const DigitLayout layout = gage_type == GAGE_PRECISION       ? LAYOUT_PRECISION
                                : gage_type == GAGE_FLAW_DETECTOR ? LAYOUT_FLAW
                                                                  : LAYOUT_STANDARD;
+    RowTexts texts;
+    row_texts_init(texts, session);
     for (PointWalk walk = point_walk_begin(session); point_walk_more(walk);
          point_walk_advance(session, walk)) {
         if (point_walk_runs_off(walk)) return 0;
@@ -136,9 +146,21 @@ int walk_rows(DlSession& session, int output_form, CsvSink& sink, CsvRow& rows) 
         const ReadingScan scan = merge_scan_head(session, reading, *session.scan_store);
 
         char id_text[ID_TEXT_SIZE] = {};
-        point_walk_id(session, walk, id_text);
+        const std::size_t id_length = point_walk_id(session, walk, id_text);
         StoredCell id;
         stored_cell(id, id_text, sink);
+        if (output_form == OUTPUT_DETAILED &&
+            (gage_type == GAGE_CORROSION || gage_type == GAGE_PRECISION)) {
+            add_thickness_row(rows, session, texts, reading, scan, id, id_length, layout);
+            if (scan.has_ascan == 0 && scan.has_bscan == 0) {
+                if (sink.verbose_output != 0) rows.flush();
+                continue;
+            }
+            rows.flush();
+            const int more = walk.visit != walk.total - 1 ? 1 : 0;
+            if (write_dumps(session, reading, scan, more, sink) == 0) return 0;
+            continue;
+        }
         char id_cell[ID_CELL_SIZE + QUOTED_EXTRA_MAX];
         std::size_t length = 0;
         while (length < ID_TEXT_MAX + id.extra && id.text[length] != '\0') {
@@ -149,13 +171,6 @@ int walk_rows(DlSession& session, int output_form, CsvSink& sink, CsvRow& rows) 
         id_cell[length + 1] = '\0';
         const std::string_view cell(id_cell, length + 1);
         const int more = walk.visit != walk.total - 1 ? 1 : 0;
-        if (output_form == OUTPUT_DETAILED &&
-            (gage_type == GAGE_CORROSION || gage_type == GAGE_PRECISION)) {
-            add_thickness_row(rows, session, reading, scan, cell, layout);
-            if (sink.verbose_output != 0 || scan.has_ascan != 0 || scan.has_bscan != 0) rows.flush();
-            if (write_dumps(session, reading, scan, more, sink) == 0) return 0;
-            continue;
-        }
         rows.flush();
         if (csv_write(cell, sink) == 0) return 0;
 

@@ -1,5 +1,6 @@
 #include "detailed/reading_row.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstring>
@@ -51,28 +52,8 @@ std::string_view fast_mode_text(std::uint32_t code) {
 
 std::string_view on_off(bool on) { return on ? "ON"sv : "OFF"sv; }
 
-// One capital letter for each set bit of the note mask, bit 0 ("A") first.
-struct NoteLetters {
-    std::array<char, 17> text{};
-    std::size_t length = 0;
-    explicit NoteLetters(std::uint32_t mask) {
-        for (std::uint32_t bit = 0; mask >> bit != 0 && bit < 16; ++bit) {
-            if (((mask >> bit) & 1u) != 0) text[length++] = static_cast<char>('A' + bit);
-        }
-    }
-    std::string_view view() const { return {text.data(), length}; }
-};
-
 const GaugeSetup& reading_setup(const DlSession& session, const ReadingRecord& reading) {
     return session.setups[setup_number(reading)].gauge;
-}
-
-// The UNITS cell; only the precision gauge looks at measurement mode 5.
-const char* units_text(const DlSession& session, const ReadingRecord& reading, int velocity_flag) {
-    const std::uint32_t u = units(reading);
-    if (velocity_flag == 1) return ui_text(UI_VELOCITY_UNITS + u);
-    return length_unit_text(u, session.gage_type == GAGE_PRECISION &&
-                                   meas_mode(reading_setup(session, reading)) == MEAS_MODE_CP);
 }
 
 bool is_empty_slot(const ReadingRecord& reading) { return record_type(reading) == RECORD_EMPTY; }
@@ -85,146 +66,134 @@ std::string_view no_value_text(const DlSession& session) {
     return session.gage_type == GAGE_PRECISION ? "-.----"sv : "--.---"sv;
 }
 
-// A stored 20-bit value as a length, in the reading's units and resolution;
-// the length of the text.
-std::size_t format_pair_length(char* out, std::size_t size, const DlSession& session,
-                               const ReadingRecord& reading, std::uint32_t value) {
-    return format_thickness(out, size, static_cast<std::int32_t>(value), units(reading), resolution(reading),
-                     pair_layout(session), 0, meas_mode(reading_setup(session, reading)));
-}
-
-// The value of the first pair. The text may be empty.
-void first_value_text(char* out, std::size_t size, const DlSession& session,
-                      const ReadingRecord& reading) {
+// The value of the first pair, which may be empty, into out (NUMBER_TEXT_SIZE
+// bytes); returns its length.
+std::size_t first_value_text(char* out, const DlSession& session, const ReadingRecord& reading) {
     const std::uint32_t f = first_value(reading);
     const std::uint32_t mode = meas_mode(reading_setup(session, reading));
+    TextBuilder text(out, NUMBER_TEXT_SIZE);
     switch (first_kind(reading)) {
         case 1:  // coating: the standard digits less their sign position
             if (los(reading) != 0 || f <= COATING_MARKER_MAX) {
-                TextBuilder(out, size).put(LOST_VALUE);
+                text.put(std::string_view(LOST_VALUE));
             } else {
-                char text[NUMBER_TEXT_SIZE];
-                format_thickness(text, sizeof text, static_cast<std::int32_t>(f), units(reading),
-                                 resolution(reading), LAYOUT_STANDARD, 0, mode);
-                TextBuilder(out, size).put(text[0] != '\0' ? text + 1 : text);
+                char digits[NUMBER_TEXT_SIZE];
+                const std::size_t n = format_thickness(digits, sizeof digits, static_cast<std::int32_t>(f), units(reading),
+                                                       resolution(reading), LAYOUT_STANDARD, 0, mode);
+                text.put(n != 0 ? std::string_view(digits + 1, n - 1) : std::string_view());
             }
-            break;
+            return text.len;
         case 2:  // oxide
             if (los(reading) != 0) {
-                TextBuilder(out, size).put(LOST_OXIDE);
-            } else {
-                format_thickness(out, size, static_cast<std::int32_t>(f), units(reading),
-                                 resolution(reading), LAYOUT_PRECISION, 0, mode);
+                text.put(std::string_view(LOST_OXIDE));
+                return text.len;
             }
-            break;
+            return format_thickness(out, NUMBER_TEXT_SIZE, static_cast<std::int32_t>(f), units(reading),
+                                    resolution(reading), LAYOUT_PRECISION, 0, mode);
         default:  // temperature, whatever the signal
-            format_temperature(out, size, static_cast<std::int32_t>(f), units(reading) == 1 ? 1u : 0u);
-            break;
+            format_temperature(out, NUMBER_TEXT_SIZE, static_cast<std::int32_t>(f), units(reading) == 1 ? 1u : 0u);
+            return std::strlen(out);
     }
 }
 
 // The DIFF value: the thickness less the setup's reference, as a length in
-// the setup's units or as a percentage of the reference. The percent text
-// keeps "%%", which the CSV write halves.
-void difference_text(char* out, std::size_t size, const DlSession& session,
-                     const ReadingRecord& reading) {
+// the setup's units or as a percentage of the reference, into out
+// (NUMBER_TEXT_SIZE bytes); returns its length. The percent text keeps "%%",
+// which the CSV write halves.
+std::size_t difference_text(char* out, const DlSession& session, const ReadingRecord& reading) {
+    TextBuilder text(out, NUMBER_TEXT_SIZE);
     if (los(reading) != 0) {
-        TextBuilder(out, size).put(LOST_VALUE);
-        return;
+        text.put(std::string_view(LOST_VALUE));
+        return text.len;
     }
     const GaugeSetup& setup = reading_setup(session, reading);
     const std::int32_t d = static_cast<std::int32_t>(
         static_cast<std::uint32_t>(thickness_length(reading)) - setup.diff_reference);
     if (diff_type(setup) == 1) {
-        format_thickness(out, size, d, units(setup), resolution(setup), pair_layout(session), 0,
-                         meas_mode(setup));
-        return;
+        return format_thickness(out, NUMBER_TEXT_SIZE, d, units(setup), resolution(setup), pair_layout(session), 0,
+                                meas_mode(setup));
     }
-    if (setup.diff_reference == 0) {  // no percentage of nothing
-        out[0] = '\0';
-        return;
-    }
+    if (setup.diff_reference == 0) return 0;  // no percentage of nothing
     const std::int32_t percent =
         truncate_to_i32(static_cast<double>(d) * 100.0 / static_cast<double>(setup.diff_reference));
-    TextBuilder text(out, size);  // "%3d%%%%"
-    text.put_int(percent, 3);
+    text.put_int(percent, 3);  // "%3d%%%%"
     text.put("%%");
+    return text.len;
+}
+
+// A piece of the pairs, written whole and then cut where the piece buffer of
+// PIECE_BUFFER_SIZE bytes that it was once made in would cut it (no piece
+// comes near it).
+char* cut_piece(char* start, char* end) {
+    return start + std::min<std::size_t>(static_cast<std::size_t>(end - start), PIECE_BUFFER_SIZE - 1);
+}
+
+char* put_text(char* at, std::string_view text) {
+    copy_bytes(at, text.data(), text.size());
+    return at + text.size();
+}
+
+char* put_cell(char* at, std::string_view text) {
+    *at = ',';
+    return put_text(at + 1, text);
+}
+
+// A length of the pairs as a cell: ",", then the value in the reading's units
+// and resolution.
+char* put_length_cell(char* at, const DlSession& session, const ReadingRecord& reading, std::uint32_t value) {
+    *at++ = ',';
+    return at + format_thickness(at, NUMBER_TEXT_SIZE, static_cast<std::int32_t>(value), units(reading), resolution(reading),
+                                 pair_layout(session), 0, meas_mode(reading_setup(session, reading)));
 }
 
 // The first pair: the extra value and its type, or two empty cells.
-void add_first_pair(TextBuilder& piece, const DlSession& session, const ReadingRecord& reading) {
+char* put_first_pair(char* at, const DlSession& session, const ReadingRecord& reading) {
     static constexpr char FIRST_TYPES[][8] = {"", "COATING", "OXIDE", "TEMP"};
     static constexpr std::uint8_t FIRST_TYPE_LENGTHS[] = {0, 7, 5, 4};
     static_assert(lengths_match(FIRST_TYPES, FIRST_TYPE_LENGTHS));
     const std::uint32_t first = first_kind(reading);
-    if (first == 0) {
-        piece.put(",,");
-        return;
-    }
-    char value[NUMBER_TEXT_SIZE];
-    first_value_text(value, sizeof value, session, reading);
-    piece.put_cells({value, table_text(FIRST_TYPES, FIRST_TYPE_LENGTHS, first)});  // ",%s,%s"
-}
-
-// ",%s,%s,%s,%s" of a pair of values and their types.
-void add_value_pair(TextBuilder& piece, std::string_view value, std::string_view type,
-                    std::string_view value2, std::string_view type2) {
-    piece.put_cells({value, type, value2, type2});
+    if (first == 0) return put_text(at, ",,"sv);
+    char* const start = at;
+    *at++ = ',';
+    at += first_value_text(at, session, reading);
+    return cut_piece(start, put_cell(at, table_text(FIRST_TYPES, FIRST_TYPE_LENGTHS, first)));  // ",%s,%s"
 }
 
 // The second and third pairs: minimum and maximum, difference or span.
-void add_second_pairs(TextBuilder& piece, const DlSession& session, const ReadingRecord& reading,
-                      int velocity_flag) {
-    char value[NUMBER_TEXT_SIZE];
+char* put_second_pairs(char* at, const DlSession& session, const ReadingRecord& reading, int velocity_flag) {
     const std::uint32_t second = second_kind(reading);
+    if (second == 0 || velocity_flag == 1) return put_text(at, ",,,,"sv);
+    char* const start = at;
     const std::string_view none = no_value_text(session);
     const std::uint32_t mn = min_value(reading);
     const std::uint32_t mx = max_value(reading);
-    if (second == 0 || velocity_flag == 1) {
-        piece.put(",,,,");
-    } else if (second == 1) {
-        // Only the maximum says whether the pair holds values.
-        if (mx == 0) {
-            add_value_pair(piece, none, "MIN", none, "MAX");
-        } else {
-            char max_text[NUMBER_TEXT_SIZE];
-            const std::size_t n = format_pair_length(value, sizeof value, session, reading, mn);
-            const std::size_t max_n = format_pair_length(max_text, sizeof max_text, session, reading, mx);
-            add_value_pair(piece, {value, n}, "MIN", {max_text, max_n}, "MAX");
-        }
-    } else if (second == 2) {
-        difference_text(value, sizeof value, session, reading);
-        add_value_pair(piece, value, "DIFF", "", "");  // ",%s,%s,,"
-    } else {
-        // The minimum's fields hold the span; a lost signal doesn't hide it.
-        if (mn == 0) {
-            add_value_pair(piece, none, "MAX-MIN", "", "");
-        } else {
-            const std::size_t n = format_pair_length(value, sizeof value, session, reading, mn);
-            add_value_pair(piece, {value, n}, "MAX-MIN", "", "");
-        }
+    if (second == 1) {
+        // Only the maximum says whether the pair holds values.  ",%s,%s,%s,%s"
+        at = mx == 0 ? put_cell(at, none) : put_length_cell(at, session, reading, mn);
+        at = put_text(at, ",MIN"sv);
+        at = mx == 0 ? put_cell(at, none) : put_length_cell(at, session, reading, mx);
+        return cut_piece(start, put_text(at, ",MAX"sv));
     }
+    if (second == 2) {
+        *at++ = ',';
+        at += difference_text(at, session, reading);
+        return cut_piece(start, put_text(at, ",DIFF,,"sv));  // ",%s,%s,,"
+    }
+    // The minimum's fields hold the span; a lost signal doesn't hide it.
+    if (mn == 0) {
+        at = put_cell(at, none);
+    } else {
+        at = put_length_cell(at, session, reading, mn);
+    }
+    return cut_piece(start, put_text(at, ",MAX-MIN,,"sv));
 }
 
 // Adds the three pairs of a reading to its row, in two pieces.
 void add_measurement_pairs(CsvRow& row, const DlSession& session, const ReadingRecord& reading,
                            int velocity_flag) {
-    char text[PIECE_BUFFER_SIZE];
-    TextBuilder first(text, sizeof text);
-    add_first_pair(first, session, reading);
-    row.add(first.view());
-    TextBuilder second(text, sizeof text);
-    add_second_pairs(second, session, reading, velocity_flag);
-    row.add(second.view());
-}
-
-// Adds the status columns (made in `status`), the measurement pairs and
-// the line end.
-void add_row_rest(CsvRow& row, const TextBuilder& status, const DlSession& session,
-                  const ReadingRecord& reading, int velocity_flag) {
-    row.add(status.view());
-    add_measurement_pairs(row, session, reading, velocity_flag);
-    row.add("\n");
+    char text[2 * PIECE_BUFFER_SIZE];
+    row.add(std::string_view(text, static_cast<std::size_t>(put_first_pair(text, session, reading) - text)));
+    row.add(std::string_view(text, static_cast<std::size_t>(put_second_pairs(text, session, reading, velocity_flag) - text)));
 }
 
 }  // namespace
@@ -269,45 +238,85 @@ int write_columns_precision(const DlSession& session, const ReadingRecord& readi
     return row.finish();
 }
 
+void row_texts_init(RowTexts& texts, const DlSession& session) {
+    for (std::uint32_t u = 0; u < 4; ++u) {
+        texts.length_units[u] = length_unit_text(u, false);
+        texts.velocity_units[u] = ui_text(UI_VELOCITY_UNITS + u);
+        texts.cp_units[u] = length_unit_text(u, true);
+    }
+    for (std::uint32_t a = 0; a < 8; ++a) texts.alarms[a] = alarm_state_text(a);
+    for (int s = 0; s < SETUP_COUNT; ++s) {
+        const GaugeSetup& setup = session.setups[static_cast<std::size_t>(s)].gauge;
+        texts.cp[s] = session.gage_type == GAGE_PRECISION && meas_mode(setup) == MEAS_MODE_CP;
+        char gain[NUMBER_TEXT_SIZE];
+        format_gain_setting(gain, sizeof gain, setup.gain_mode, setup.gain_db);
+        TextBuilder cells(texts.setup_cells[s], sizeof texts.setup_cells[s]);
+        cells.put_cells({diff_type_text(diff_type(setup)), gain});
+        texts.setup_cells_length[s] = static_cast<std::uint8_t>(cells.len);
+    }
+}
+
+namespace {
+
+// The status columns, written whole and then cut where the row buffer of
+// ROW_BUFFER_SIZE bytes that they were once made in would cut them (no
+// text of the tables comes near it).
+char* put_status(char* at, const RowTexts& texts, const ReadingRecord& reading, bool corrosion,
+                 int has_ascan, int velocity_flag) {
+    char* const start = at;
+    const std::uint32_t u = units(reading);
+    const std::uint32_t s = setup_number(reading);
+    at = put_cell(at, velocity_flag == 1 ? texts.velocity_units[u] : texts.cp[s] ? texts.cp_units[u] : texts.length_units[u]);
+    at = put_cell(at, texts.alarms[alarm_state(reading)]);
+    if (corrosion) at = put_text(at, {texts.setup_cells[s], texts.setup_cells_length[s]});
+    at = put_cell(at, fast_mode_text(fast_mode(reading)));
+    *at++ = ',';
+    // The note letters, bit 0 ("A") first.
+    for (std::uint32_t mask = note_mask(reading) & 0xFFFFu; mask != 0; mask &= mask - 1) {
+        *at++ = static_cast<char>('A' + __builtin_ctz(mask));
+    }
+    *at++ = ',';
+    if (s >= 10) *at++ = static_cast<char>('0' + s / 10);
+    *at++ = static_cast<char>('0' + s % 10);
+    if (corrosion) at = put_cell(at, echo_to_echo(reading) != 0 ? "E TO E"sv : "STD"sv);
+    at = put_cell(at, on_off(bscan_mode(reading) != 0));
+    at = put_cell(at, on_off(has_ascan == 1));
+    return start + std::min<std::size_t>(static_cast<std::size_t>(at - start), ROW_BUFFER_SIZE - 1);
+}
+
+}  // namespace
+
+char* put_columns(char* at, const RowTexts& texts, const DlSession& session,
+                  const ReadingRecord& reading, bool corrosion, int has_ascan, int velocity_flag) {
+    if (is_empty_slot(reading)) return put_text(at, corrosion ? ",,,,,,,,,,,,,,,,\n"sv : ",,,,,,,,,,,,,\n"sv);
+    at = put_status(at, texts, reading, corrosion, has_ascan, velocity_flag);
+    at = put_first_pair(at, session, reading);
+    at = put_second_pairs(at, session, reading, velocity_flag);
+    *at++ = '\n';
+    return at;
+}
+
+namespace {
+
+void add_columns(CsvRow& row, const DlSession& session, const ReadingRecord& reading, bool corrosion,
+                 int has_ascan, int velocity_flag) {
+    RowTexts texts;
+    row_texts_init(texts, session);
+    char text[ROW_COLUMNS_ROOM];
+    char* const end = put_columns(text, texts, session, reading, corrosion, has_ascan, velocity_flag);
+    row.add(std::string_view(text, static_cast<std::size_t>(end - text)));
+}
+
+}  // namespace
+
 void add_columns_corrosion(CsvRow& row, const DlSession& session, const ReadingRecord& reading,
                            int has_ascan, int velocity_flag) {
-    if (is_empty_slot(reading)) {
-        row.add(",,,,,,,,,,,,,,,,\n");
-        return;
-    }
-    const GaugeSetup& setup = reading_setup(session, reading);
-    char gain[NUMBER_TEXT_SIZE];
-    format_gain_setting(gain, sizeof gain, setup.gain_mode, setup.gain_db);
-    const NoteLetters notes(note_mask(reading));
-    // ",%s,%s,%s,%s,%s,%s,%d,%s,%s,%s"
-    char text[ROW_BUFFER_SIZE];
-    TextBuilder status(text, sizeof text);
-    status.put_cells({units_text(session, reading, velocity_flag), alarm_state_text(alarm_state(reading)),
-                      diff_type_text(diff_type(setup)), gain, fast_mode_text(fast_mode(reading)),
-                      notes.view()});
-    status.put(',');
-    status.put_int(setup_number(reading));
-    status.put_cells({echo_to_echo(reading) != 0 ? "E TO E"sv : "STD"sv, on_off(bscan_mode(reading) != 0),
-                      on_off(has_ascan == 1)});
-    add_row_rest(row, status, session, reading, velocity_flag);
+    add_columns(row, session, reading, true, has_ascan, velocity_flag);
 }
 
 void add_columns_precision(CsvRow& row, const DlSession& session, const ReadingRecord& reading,
                            int has_ascan, int velocity_flag) {
-    if (is_empty_slot(reading)) {
-        row.add(",,,,,,,,,,,,,\n");
-        return;
-    }
-    const NoteLetters notes(note_mask(reading));
-    // ",%s,%s,%s,%s,%d,%s,%s"
-    char text[ROW_BUFFER_SIZE];
-    TextBuilder status(text, sizeof text);
-    status.put_cells({units_text(session, reading, velocity_flag), alarm_state_text(alarm_state(reading)),
-                      fast_mode_text(fast_mode(reading)), notes.view()});
-    status.put(',');
-    status.put_int(setup_number(reading));
-    status.put_cells({on_off(bscan_mode(reading) != 0), on_off(has_ascan == 1)});
-    add_row_rest(row, status, session, reading, velocity_flag);
+    add_columns(row, session, reading, false, has_ascan, velocity_flag);
 }
 
 int write_measurement_pairs(const DlSession& session, const ReadingRecord& reading,

@@ -6,11 +6,14 @@
 // the head of the scan block, with the setup that the block names.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 #include "file/session.h"
 #include "base/console.h"
 #include "base/csv_row.h"
+#include "present/number_format.h"
 #include "store/record.h"
 
 namespace ugf {
@@ -39,6 +42,30 @@ void add_columns_corrosion(CsvRow& row, const DlSession& session, const ReadingR
                            int has_ascan, int velocity_flag);
 void add_columns_precision(CsvRow& row, const DlSession& session, const ReadingRecord& reading,
                            int has_ascan, int velocity_flag);
+
+// The texts of the status cells that small codes of a reading or its setup
+// choose, with their lengths: made once for a walk instead of looked up and
+// measured in every row.
+struct RowTexts {
+    std::string_view length_units[4];    // by units code
+    std::string_view velocity_units[4];  // of a velocity reading
+    std::string_view cp_units[4];        // in measurement mode 5 of the precision gauge
+    std::string_view alarms[8];          // by alarm state
+    bool cp[SETUP_COUNT] = {};           // a precision gauge setup in measurement mode 5
+    // ",%s,%s" of the DIFF and GAIN cells of each corrosion gauge setup.
+    char setup_cells[SETUP_COUNT][2 * NUMBER_TEXT_SIZE] = {};
+    std::uint8_t setup_cells_length[SETUP_COUNT] = {};
+};
+void row_texts_init(RowTexts& texts, const DlSession& session);
+
+// The status columns, the measurement pairs and the line end of a reading
+// (the text that add_columns_corrosion and add_columns_precision add),
+// written at `at`, which has room for ROW_COLUMNS_ROOM characters; returns
+// the end of the text.
+inline constexpr std::size_t ROW_COLUMNS_ROOM = 512;
+// `corrosion` chooses the corrosion gauge's columns, else the precision gauge's.
+char* put_columns(char* at, const RowTexts& texts, const DlSession& session,
+                  const ReadingRecord& reading, bool corrosion, int has_ascan, int velocity_flag);
 
 // The three MEASUREMENT,TYPE pairs of a reading, six cells in two pieces: the
 // first extra value (coating, oxide or temperature), then the minimum and

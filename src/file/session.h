@@ -33,6 +33,7 @@ inline constexpr int SPLIT_C0_MAX = 20;
 // the session itself.
 struct SessionMemos {
     RecentTexts id_texts{};
+    WalkTexts walk_texts{};
 };
 
 struct DlSession {

@@ -1,9 +1,11 @@
 #include "ident/id_spec.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 
 #include "base/console.h"
+#include "base/text_builder.h"
 
 namespace ugf {
 namespace {
@@ -319,6 +321,75 @@ void id_spec_dimension_text(const IdSpec& id_spec, char* out, int dimension, std
         return;
     }
     copy_text(out, id_spec.dims[dimension].current_text);
+}
+
+namespace {
+
+// step x position, wrapping in 64 bits as id_spec_refresh computes it.
+std::int64_t dimension_offset(const IdSpec& id_spec, int d) {
+    auto step = static_cast<std::uint64_t>(static_cast<std::int64_t>(id_spec.dims[d].step));
+    return static_cast<std::int64_t>(step * static_cast<std::uint64_t>(id_spec.cursor.dim_position[d]));
+}
+
+}  // namespace
+
+bool id_spec_walk_ready(const IdSpec& id_spec, std::int32_t file_type) {
+    if (is_manual_layout(file_type)) return false;
+    for (const IdDimension& dim : id_spec.dims) {
+        if (dim.step == 0) continue;  // always the empty text
+        std::int64_t difference = 0;
+        char result[ID_TEXT_SIZE];
+        if (id_text_subtract(dim.end_text, dim.start_text, &difference, result) == 0) return false;
+    }
+    return true;
+}
+
+void walk_texts_reset(WalkTexts& texts) {
+    texts.head_valid = false;
+    texts.known.fill(0);
+}
+
+std::size_t id_spec_walk_compose(IdSpec& id_spec, WalkTexts& texts, std::int32_t file_type,
+                                 char* out) {
+    const auto& p = id_spec.cursor.dim_position;
+    if (!texts.head_valid || texts.head_position[0] != p[1] || texts.head_position[1] != p[2]) {
+        // The layouts of ranges show the prefix and dimensions 2, 1 and 0.
+        std::size_t n = append_at(texts.head, 0, id_spec.prefix);
+        for (int d = 2; d >= 1; --d) {
+            id_dimension_refresh(id_spec.dims[d], file_type, dimension_offset(id_spec, d),
+                                 id_spec.recent_texts);
+            n = append_at(texts.head, n, id_spec.dims[d].current_text);
+        }
+        texts.head_length = n;
+        texts.head_position[0] = p[1];
+        texts.head_position[1] = p[2];
+        texts.head_valid = true;
+    }
+    IdDimension& first = id_spec.dims[0];
+    const char* text = first.current_text;
+    std::size_t length = 0;
+    if (p[0] >= 0 && p[0] < static_cast<std::int64_t>(WalkTexts::POSITIONS)) {
+        const auto k = static_cast<std::size_t>(p[0]);
+        char* kept = texts.first_texts[k];
+        if (texts.known[k] == 0) {
+            id_dimension_refresh(first, file_type, dimension_offset(id_spec, 0), id_spec.recent_texts);
+            std::memcpy(kept, first.current_text, ID_TEXT_SIZE);
+            texts.known[k] = static_cast<std::uint8_t>(std::strlen(kept) + 1);
+        } else {
+            std::memcpy(first.current_text, kept, ID_TEXT_SIZE);
+        }
+        text = kept;
+        length = texts.known[k] - 1u;
+    } else {
+        id_dimension_refresh(first, file_type, dimension_offset(id_spec, 0), id_spec.recent_texts);
+        length = std::strlen(text);
+    }
+    const std::size_t n = texts.head_length;
+    const std::size_t take = std::min(length, ID_TEXT_MAX - n);
+    copy_bytes(out, texts.head, n);
+    copy_bytes(out + n, text, take);
+    out[n + take] = '\0';
+    return n + take;
 }
 
 const char* elevation_unit_text(std::int64_t elevation_unit) {

@@ -67,6 +67,24 @@ struct IdSpec {
     RecentTexts* recent_texts = nullptr;
 };
 
+// The identifiers of a walk, made from parts that change less often than the
+// identifier. A walk moves dimension 0 at almost every point and the others
+// rarely, but composing the whole text anew refreshes every dimension and
+// copies every part for each point. Here the prefix with the texts of
+// dimensions 2 and 1 is kept while their positions stay, and the texts of
+// dimension 0 are kept by position, since each row of the walk comes back to
+// the same ones. Only for identifiers whose texts depend on nothing but their
+// offsets (id_spec_walk_ready); the caller owns it.
+struct WalkTexts {
+    static constexpr std::size_t POSITIONS = 1024;  // of dimension 0 kept
+    bool head_valid = false;
+    std::int64_t head_position[2] = {};  // of dimensions 1 and 2
+    std::size_t head_length = 0;
+    char head[ID_TEXT_SIZE] = {};
+    std::array<std::uint8_t, POSITIONS> known{};  // 1 + the length of a kept text, 0: none
+    char first_texts[POSITIONS][ID_TEXT_SIZE] = {};
+};
+
 // A label operation: the text of a position of a dimension (custom point
 // labels, manual labels). The text stays valid until the next label call.
 struct LabelOp {
@@ -96,6 +114,23 @@ void id_spec_compose(const IdSpec& id_spec, char* out, int with_prefix, const La
 
 // current_text of the dimension into out (ID_TEXT_SIZE bytes).
 void id_spec_dimension_text(const IdSpec& id_spec, char* out, int dimension, std::int32_t file_type);
+
+// Whether WalkTexts can compose the identifiers of id_spec: a layout of
+// ranges (no manual labels) whose dimensions in use all have a start and an
+// end text that subtract, so that every dimension's text is a function of
+// its offset alone (a pair that doesn't subtract keeps the text it had).
+bool id_spec_walk_ready(const IdSpec& id_spec, std::int32_t file_type);
+
+// Forgets what `texts` kept.
+void walk_texts_reset(WalkTexts& texts);
+
+// For an IdSpec that is walk-ready: the identifier with the prefix at the
+// cursor's positions, the same text that id_spec_refresh and then
+// id_spec_compose (with the prefix, no label, no suffix) make, into out
+// (ID_TEXT_SIZE bytes); returns its length. Dimension 0's current text is
+// left as a refresh leaves it.
+std::size_t id_spec_walk_compose(IdSpec& id_spec, WalkTexts& texts, std::int32_t file_type,
+                                 char* out);
 
 // "", "IN", "FT", "MM", "M" for 0 to 4; "" above.
 const char* elevation_unit_text(std::int64_t elevation_unit);

@@ -1,6 +1,7 @@
 #include "present/number_format.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstring>
 
@@ -42,7 +43,7 @@ struct DigitRow {
     bool cp_format;
 };
 
-DigitRow precision_row(std::uint32_t a, std::uint32_t units, std::uint32_t resolution,
+[[gnu::always_inline]] inline DigitRow precision_row(std::uint32_t a, std::uint32_t units, std::uint32_t resolution,
                        std::uint32_t meas_mode) {
     const bool cp = meas_mode == MEAS_MODE_CP;
     const bool fine = resolution != 0;
@@ -62,7 +63,7 @@ DigitRow precision_row(std::uint32_t a, std::uint32_t units, std::uint32_t resol
     return {7, 5, 3, 2, 50, 1000000, false};
 }
 
-DigitRow standard_row(std::uint32_t a, std::uint32_t units, std::uint32_t resolution,
+[[gnu::always_inline]] inline DigitRow standard_row(std::uint32_t a, std::uint32_t units, std::uint32_t resolution,
                       DigitLayout layout) {
     const bool fine = resolution == 1;
     if (units == 0) {
@@ -154,7 +155,7 @@ std::size_t digit_field(char* out, std::uint32_t a, int width, int precision, bo
     return make_digit_field(out, a, width, precision, blank);
 }
 
-std::size_t format_thickness(char* out, std::size_t size, std::int32_t value, std::uint32_t units,
+[[gnu::noinline]] std::size_t format_thickness_general(char* out, std::size_t size, std::int32_t value, std::uint32_t units,
                              std::uint32_t resolution, DigitLayout layout, std::uint32_t doubled,
                              std::uint32_t meas_mode) {
     const bool negative = value < 0;
@@ -202,6 +203,78 @@ std::size_t format_thickness(char* out, std::size_t size, std::int32_t value, st
     return o.len;
 }
 
+
+namespace {
+
+// The words below hold a text's first character in their lowest byte.
+static_assert(std::endian::native == std::endian::little);
+
+// The eight decimal digits of a (below 10^8) with leading zeros, the first
+// in the lowest byte: both halves of four digits, then both pairs of each
+// half, then both digits of each pair, split at once in the lanes of one
+// word (x / 100 as x * 5243 >> 19 and x / 10 as x * 103 >> 10, exact in
+// those ranges).
+std::uint64_t eight_digits(std::uint32_t a) {
+    std::uint64_t x = (a / 10000) | (static_cast<std::uint64_t>(a % 10000) << 32);
+    const std::uint64_t hundreds = ((x * 5243) >> 19) & 0x0000007F0000007Full;
+    x = hundreds | ((x - hundreds * 100) << 16);
+    const std::uint64_t tens = ((x * 103) >> 10) & 0x000F000F000F000Full;
+    x = tens | ((x - tens * 10) << 8);
+    return x | 0x3030303030303030ull;
+}
+
+// The low n bytes of a word (n at most 7).
+constexpr std::uint64_t LOW_BYTES[8] = {0, 0xFF, 0xFFFF, 0xFFFFFF, 0xFFFFFFFF, 0xFFFFFFFFFF, 0xFFFFFFFFFFFF, 0xFFFFFFFFFFFFFF};
+std::uint64_t low_bytes(std::uint64_t x, std::size_t n) { return x & LOW_BYTES[n]; }
+
+}  // namespace
+
+std::size_t format_thickness(char* out, std::size_t size, std::int32_t value, std::uint32_t units,
+                             std::uint32_t resolution, DigitLayout layout, std::uint32_t doubled,
+                             std::uint32_t meas_mode) {
+    const bool negative = value < 0;
+    std::uint32_t a = negative ? 0u - static_cast<std::uint32_t>(value) : static_cast<std::uint32_t>(value);
+    if (doubled == 1 && units != 2) a *= 2u;
+    const DigitRow row = layout == LAYOUT_PRECISION ? precision_row(a, units, resolution, meas_mode)
+                                                    : standard_row(a, units, resolution, layout);
+    a += row.round;
+    const int width = negative ? row.width - 1 : row.width;
+    if (__builtin_expect(size < 16 || a >= 100000000 || width > 8, 0)) {
+        return format_thickness_general(out, size, value, units, resolution, layout, doubled, meas_mode);
+    }
+    // The usual text, made in one word: the field of `a` (a blank in mode 5,
+    // then blanks up to the width, then at least `precision` digits) cut to
+    // six characters, of which the first `keep` go out, then the point and
+    // the next `decimals`. Digits that would stand past the eighth character
+    // leave the word, past the cut anyway.
+    const int keep = negative && a < row.threshold ? row.keep - 1 : row.keep;
+    const int precision = row.cp_format ? row.digits : 5;
+    // max(precision, the digits of a), a of 0 having none.
+    int body = 5;
+    if (a >= 100000) {
+        body = a < 1000000 ? 6 : a < 10000000 ? 7 : 8;
+    } else if (row.cp_format) {
+        body = std::max(precision, a < 10 ? (a != 0 ? 1 : 0) : a < 100 ? 2 : a < 1000 ? 3 : a < 10000 ? 4 : 5);
+    }
+    const int pad = std::max(width - body, 0) + (row.cp_format ? 1 : 0);
+    const std::uint64_t field = (eight_digits(a) >> (8 * (8 - body)) << (8 * pad)) | low_bytes(0x2020202020202020ull, static_cast<std::size_t>(pad));
+    const std::size_t length = std::min<std::size_t>(static_cast<std::size_t>(pad + body), DIGIT_FIELD_SIZE - 1);
+    const std::size_t head = std::min<std::size_t>(static_cast<std::size_t>(std::max(keep, 0)), length);
+    std::uint64_t text = low_bytes(field, head);
+    std::size_t total = head;
+    if (row.decimals != 0) {
+        const std::size_t tail = std::min<std::size_t>(static_cast<std::size_t>(row.decimals), length - head);
+        text |= (static_cast<std::uint64_t>('.') | low_bytes(field >> (8 * head), tail) << 8) << (8 * head);
+        total += 1 + tail;
+    }
+    if (negative) {
+        text = text << 8 | static_cast<std::uint64_t>('-');
+        ++total;
+    }
+    std::memcpy(out, &text, 8);
+    out[total] = '\0';
+    return total;
+}
 
 void format_encoder_step(char* out, std::size_t size, std::uint32_t encoder_index,
                          std::uint32_t step_code, std::uint32_t units, std::uint32_t custom_res) {

@@ -53,6 +53,13 @@ std::size_t format_thickness(char* out, std::size_t size, std::int32_t value, st
                              std::uint32_t resolution, DigitLayout layout, std::uint32_t doubled,
                              std::uint32_t meas_mode);
 
+// The same text made the general way, field first and then cut: what
+// format_thickness gives for the rows it can't make in one word, and its
+// measure in the tests.
+std::size_t format_thickness_general(char* out, std::size_t size, std::int32_t value, std::uint32_t units,
+                                     std::uint32_t resolution, DigitLayout layout, std::uint32_t doubled,
+                                     std::uint32_t meas_mode);
+
 // The digit field of a length: `a` as printf's "%*.*lu" (after one blank
 // when `blank`) prints it into DIGIT_FIELD_SIZE bytes, from which the
 // digits of the text are cut. Widths and precisions from 0 to 12. Returns

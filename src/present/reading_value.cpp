@@ -44,6 +44,25 @@ bool note_cell_text(const DlSession& session, std::uint32_t mask, char* out, std
 
 }  // namespace
 
+std::size_t thickness_text(char* out, const ReadingRecord& reading, int layout, std::uint32_t meas_mode,
+                           const char* velocity_cell) {
+    out[0] = '\0';
+    if (record_type(reading) == RECORD_EMPTY) return 0;
+    // The value as "%s" would print it into NUMBER_TEXT_SIZE bytes.
+    if (los(reading) != 0) {
+        TextBuilder text(out, NUMBER_TEXT_SIZE);
+        text.put(layout == LAYOUT_PRECISION ? std::string_view("-.---") : std::string_view("--.---"));
+        return text.len;
+    }
+    if (velocity_cell != nullptr) {
+        TextBuilder text(out, NUMBER_TEXT_SIZE);
+        text.put(velocity_cell);
+        return text.len;
+    }
+    return format_thickness(out, NUMBER_TEXT_SIZE, thickness_length(reading), units(reading), resolution(reading),
+                            static_cast<DigitLayout>(layout), 0, meas_mode);
+}
+
 void thickness_cell_text(ThicknessCell& cell, const ReadingRecord& reading, int comma, int layout,
                          std::uint32_t meas_mode, const char* velocity_cell) {
     if (record_type(reading) == RECORD_EMPTY) {
@@ -51,21 +70,11 @@ void thickness_cell_text(ThicknessCell& cell, const ReadingRecord& reading, int 
         cell[1] = '\0';
         return;
     }
-    // The value as "%s" would print it into NUMBER_TEXT_SIZE bytes, then
-    // the comma, for which the cell has the last byte.
-    char* text = cell.data();
-    if (los(reading) != 0) {
-        TextBuilder(text, NUMBER_TEXT_SIZE).put(layout == LAYOUT_PRECISION ? "-.---" : "--.---");
-    } else if (velocity_cell != nullptr) {
-        TextBuilder(text, NUMBER_TEXT_SIZE).put(velocity_cell);
-    } else {
-        format_thickness(text, NUMBER_TEXT_SIZE, thickness_length(reading), units(reading), resolution(reading),
-                         static_cast<DigitLayout>(layout), 0, meas_mode);
-    }
+    // The comma takes the cell's last byte.
+    const std::size_t n = thickness_text(cell.data(), reading, layout, meas_mode, velocity_cell);
     if (comma == 1) {
-        const std::size_t n = std::strlen(text);
-        text[n] = ',';
-        text[n + 1] = '\0';
+        cell[n] = ',';
+        cell[n + 1] = '\0';
     }
 }
 

@@ -42,6 +42,11 @@ int print_reading_value(const DlSession& session, const ReadingRecord& reading, 
 int print_thickness_cell(const ReadingRecord& reading, CsvSink& sink, int comma, int layout,
                          std::uint32_t meas_mode, const char* velocity_cell);
 
+// The text of a thickness cell without its comma, into out (NUMBER_TEXT_SIZE
+// bytes); returns its length.
+std::size_t thickness_text(char* out, const ReadingRecord& reading, int layout, std::uint32_t meas_mode,
+                           const char* velocity_cell);
+
 // The text that print_thickness_cell writes, into `cell`.
 using ThicknessCell = std::array<char, NUMBER_TEXT_SIZE + 1>;
 void thickness_cell_text(ThicknessCell& cell, const ReadingRecord& reading, int comma, int layout,

@@ -75,16 +75,31 @@ PointWalk point_walk_begin(DlSession& session) {
     PointWalk walk;
     walk.total = point_total_of(session.id_spec.cursor);
     walk.slots = slot_capacity(session);
-    walk.stored_ids = session.file_type == FILE_TYPE_MANUAL;
+    const std::int32_t type = session.file_type;
+    walk.stored_ids = type == FILE_TYPE_MANUAL;
+    // Stored identifiers and labels are read from the file and the suffix
+    // of the boiler layout comes between the dimensions: those identifiers
+    // are composed anew.
+    if (!keeps_stored_ids(type) && !has_custom_points(type) && session.memos != nullptr &&
+        id_spec_walk_ready(session.id_spec, type)) {
+        walk.texts = &session.memos->walk_texts;
+        walk_texts_reset(*walk.texts);
+    }
     return walk;
 }
 
-void point_walk_id(DlSession& session, const PointWalk& walk, char* out) {
+std::size_t point_walk_id(DlSession& session, const PointWalk& walk, char* out) {
+    if (walk.texts != nullptr) {
+        // The cursor goes to the storage index as in session_point_id.
+        cursor_seek(session.id_spec.cursor, walk.storage_index);
+        return id_spec_walk_compose(session.id_spec, *walk.texts, session.file_type, out);
+    }
     if (walk.stored_ids) {
         session_stored_id(session, walk.storage_index, out);
     } else {
         session_point_id(session, walk.storage_index, out, 1);
     }
+    return std::strlen(out);
 }
 
 void point_walk_advance(DlSession& session, PointWalk& walk) {

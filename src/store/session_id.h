@@ -4,6 +4,7 @@
 // and the detailed rows all take their texts from here.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "file/session.h"
@@ -42,14 +43,17 @@ struct PointWalk {
     std::uint64_t slots = 0;
     std::uint32_t storage_index = 0;
     bool stored_ids = false;
+    // The parts of the identifiers, for surveys whose identifiers they
+    // can compose (else nullptr: each is composed anew).
+    WalkTexts* texts = nullptr;
 };
 
 PointWalk point_walk_begin(DlSession& session);
 inline bool point_walk_more(const PointWalk& walk) { return walk.visit < walk.total; }
 inline bool point_walk_runs_off(const PointWalk& walk) { return walk.visit > walk.slots; }
 // The identifier of the current point as the detailed form writes it, into
-// out (ID_TEXT_SIZE bytes).
-void point_walk_id(DlSession& session, const PointWalk& walk, char* out);
+// out (ID_TEXT_SIZE bytes); returns its length.
+std::size_t point_walk_id(DlSession& session, const PointWalk& walk, char* out);
 // On to the next point.
 void point_walk_advance(DlSession& session, PointWalk& walk);
 

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <memory>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -254,6 +256,67 @@ TEST(IdSpecText, DimensionTextsAndUnits) {
     const char* units[] = {"", "IN", "FT", "MM", "M", "", ""};
     for (std::int64_t u = 0; u <= 6; ++u) EXPECT_STREQ(elevation_unit_text(u), units[u]) << u;
     EXPECT_STREQ(elevation_unit_text(-1), "");
+}
+
+// The walk's composition from kept parts against the whole composition, on
+// random headers (prefixes, texts of letters, digits and "-", start and end of
+// other shapes or in the wrong order, negative and zero steps), walked in
+// every pattern with random increment fields and mixed with jumps to any
+// position, inside the box or not.
+TEST(IdSpecWalk, KeptPartsComposeAsTheWholeDoes) {
+    std::mt19937_64 random(16);
+    auto pick = [&random](std::uint64_t n) { return static_cast<std::int64_t>(random() % n); };
+    auto text = [&](const std::string& shape) {
+        std::string t;
+        for (char c : shape) t += c == 'A' ? static_cast<char>('A' + pick(26)) : c == '0' ? static_cast<char>('0' + pick(10)) : c;
+        return t;
+    };
+    int ready = 0;
+    for (int round = 0; round < 6000; ++round) {
+        std::string texts[6];
+        for (int d = 0; d < 3; ++d) {
+            std::string shape;
+            for (std::int64_t n = 1 + pick(pick(4) == 0 ? 12 : 3); n > 0; --n) shape += "A0-A0"[pick(pick(3) == 0 ? 5 : 2)];
+            texts[2 * d] = text(shape);
+            texts[2 * d + 1] = pick(8) == 0 ? text(shape + "0") : text(shape);
+        }
+        const char* start[3] = {texts[0].c_str(), texts[2].c_str(), pick(2) ? texts[4].c_str() : ""};
+        const char* end[3] = {texts[1].c_str(), texts[3].c_str(), texts[5].c_str()};
+        const std::int32_t step[3] = {static_cast<std::int32_t>(pick(5)) - 1, static_cast<std::int32_t>(pick(4)), 1};
+        const std::string prefix = text(std::string("A0-%").substr(0, 1 + pick(4)) + std::string(pick(21), '0'));
+        IdSpec full;
+        id_spec_init_ranges(full, prefix.c_str(), start, end, step);
+        const std::int32_t type = std::array{TYPE_LINEAR, TYPE_2D, TYPE_3D}[pick(3)];
+        if (!id_spec_walk_ready(full, type)) continue;
+        ++ready;
+        IdSpec fast = full;
+        auto kept = std::make_unique<WalkTexts>();
+        walk_texts_reset(*kept);
+        const auto inc = [&] { return static_cast<std::uint8_t>(pick(6)); };
+        const std::uint8_t incs[4] = {inc(), inc(), inc(), inc()};
+        const std::int32_t pattern = static_cast<std::int32_t>(pick(5));
+        for (int point = 0; point < 200; ++point) {
+            if (pick(10) == 0) {
+                for (int d = 0; d < 3; ++d) full.cursor.dim_position[d] = pick(3) == 0 ? pick(3000) - 3 : pick(40);
+            } else {
+                cursor_walk(full.cursor, incs[0], incs[1], incs[2], pattern, type, incs[3]);
+            }
+            fast.cursor = full.cursor;
+            id_spec_refresh(full, type);
+            char whole[ID_TEXT_SIZE];
+            char parts[ID_TEXT_SIZE];
+            id_spec_compose(full, whole, 1, nullptr, nullptr, 1, type);
+            const std::size_t n = id_spec_walk_compose(fast, *kept, type, parts);
+            ASSERT_STREQ(parts, whole) << prefix << " " << texts[0] << "-" << texts[1] << " at " << point;
+            ASSERT_EQ(n, std::strlen(whole));
+            ASSERT_STREQ(fast.dims[0].current_text, full.dims[0].current_text);
+        }
+    }
+    EXPECT_GT(ready, 1000);
+    // Manual layouts and a pair that doesn't subtract are never walk-ready.
+    EXPECT_FALSE(id_spec_walk_ready(ranged("P", {{"1", "9"}}, {1}), TYPE_2D_MANUAL));
+    EXPECT_FALSE(id_spec_walk_ready(ranged("P", {{"1", "9"}, {"B", "A"}}, {1, 1}), TYPE_2D));
+    EXPECT_TRUE(id_spec_walk_ready(ranged("P", {{"1", "9"}, {"B", "A"}}, {1, 0}), TYPE_2D));
 }
 
 }  // namespace
