@@ -173,6 +173,25 @@ TEST(ScanBlocks, DacDepthsAndPointUnits) {
     }
 }
 
+// B-scan points are numbered from 1 in the first cell of their rows; the
+// count carries through 9, 99 and 999.
+TEST(ScanBlocks, BscanIndexCountsThroughEveryCarry) {
+    ImageBuilder image = linked(5, 4);
+    write_gauge_setup(image, 0, 0, {.resolution = 1});
+    BscanImage b{.head = gauge_record({.record_type = 5, .resolution = 1})};
+    b.points.resize(1001, {.magnitude = 10000});
+    write_bscan(image, BLOCK, b);
+    const std::string out = convert(image, "d").output.value_or("");
+    std::size_t at = out.find(BSCAN_TITLE);
+    ASSERT_NE(at, std::string::npos) << out;
+    at += BSCAN_TITLE.size();
+    for (int i = 1; i <= 1001; ++i) {
+        const std::string row = "," + std::to_string(i) + ", 1.000,IN,OFF, \n";
+        ASSERT_EQ(out.compare(at, row.size(), row), 0) << i << ": " << out.substr(at, 40);
+        at += row.size();
+    }
+}
+
 // Peak data is stored as byte pairs, the second byte first: 1, 2, 3, 4 are
 // the samples 2, 1, 4, 3.
 TEST(ScanBlocks, PeakDataSwapsItsBytePairs) {
