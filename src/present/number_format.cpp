@@ -227,6 +227,71 @@ std::uint64_t eight_digits(std::uint32_t a) {
 constexpr std::uint64_t LOW_BYTES[8] = {0, 0xFF, 0xFFFF, 0xFFFFFF, 0xFFFFFFFF, 0xFFFFFFFFFF, 0xFFFFFFFFFFFF, 0xFFFFFFFFFFFFFF};
 std::uint64_t low_bytes(std::uint64_t x, std::size_t n) { return x & LOW_BYTES[n]; }
 
+
+// The digit rows of the one-word way, as the rows of precision_row and
+// standard_row: for each combination of layout, mode 5, units and
+// resolution (row_key) the bound below which `a` takes the first row and
+// from which the second. Combinations with one row give it twice. Chosen by
+// arithmetic, not branches: the rows of a survey's readings vary from
+// reading to reading, and a choice by branches mispredicts.
+struct WordRow {
+    std::uint8_t width;
+    std::uint8_t digits;  // at least this many digits: 5, or 2 or 3 in mode 5
+    std::uint8_t keep;
+    std::uint8_t decimals;
+    std::uint8_t cp_format;
+    std::uint32_t round;
+    std::uint32_t threshold;
+};
+
+constexpr std::uint32_t NO_BOUND = 0xFFFFFFFFu;  // both rows alike: the bound doesn't matter
+constexpr std::uint32_t WORD_ROW_BOUND[14] = {
+    1000000, 1000000, NO_BOUND, NO_BOUND, 10000000, 10000000,   // standard and flaw
+    NO_BOUND, 100000, NO_BOUND, 1000000,                        // precision
+    NO_BOUND, 100000, NO_BOUND, 1000000};                       // precision, mode 5
+constexpr WordRow WORD_ROWS[14][2] = {
+    // standard, inch: coarse, fine
+    {{6, 5, 2, 2, 0, 50, 100000}, {6, 5, 3, 1, 0, 50, 1000000}},
+    {{6, 5, 2, 3, 0, 5, 100000}, {6, 5, 3, 2, 0, 5, 1000000}},
+    // standard, other units (and millimetres below ten metres on the flaw detector)
+    {{7, 5, 3, 1, 0, 500, 1000000}, {7, 5, 3, 1, 0, 500, 1000000}},
+    {{7, 5, 3, 2, 0, 50, 1000000}, {7, 5, 3, 2, 0, 50, 1000000}},
+    // flaw detector, millimetres: ten metres and more
+    {{7, 5, 3, 1, 0, 500, 1000000}, {7, 5, 4, 0, 0, 5000, 1000000}},
+    {{7, 5, 3, 2, 0, 50, 1000000}, {7, 5, 4, 1, 0, 500, 1000000}},
+    // precision, inch
+    {{6, 5, 2, 3, 0, 5, 100000}, {6, 5, 2, 3, 0, 5, 100000}},
+    {{5, 5, 1, 4, 0, 0, 0}, {6, 5, 2, 3, 0, 5, 100000}},
+    // precision, other units
+    {{7, 5, 3, 2, 0, 50, 1000000}, {7, 5, 3, 2, 0, 50, 1000000}},
+    {{6, 5, 2, 3, 0, 5, 100000}, {7, 5, 3, 2, 0, 50, 1000000}},
+    // precision, mode 5, mils
+    {{5, 3, 4, 1, 1, 0, 0}, {5, 3, 4, 1, 1, 0, 0}},
+    {{4, 3, 3, 2, 1, 0, 0}, {5, 3, 4, 1, 1, 0, 0}},
+    // precision, mode 5, microns
+    {{6, 2, 5, 0, 1, 50, 100000}, {6, 2, 5, 0, 1, 50, 100000}},
+    {{5, 3, 4, 1, 1, 5, 100000}, {6, 2, 5, 0, 1, 50, 100000}},
+};
+
+std::uint32_t row_key(std::uint32_t units, std::uint32_t resolution, DigitLayout layout,
+                      std::uint32_t meas_mode) {
+    const std::uint32_t precision_key = 6u + (static_cast<std::uint32_t>(meas_mode == MEAS_MODE_CP) << 2) +
+                                        (static_cast<std::uint32_t>(units != 0) << 1) +
+                                        static_cast<std::uint32_t>(resolution != 0);
+    const std::uint32_t standard_key = (static_cast<std::uint32_t>(units != 0) << 1) +
+                                       (static_cast<std::uint32_t>(units == 1 && layout == LAYOUT_FLAW) << 1) +
+                                       static_cast<std::uint32_t>(resolution == 1);
+    return layout == LAYOUT_PRECISION ? precision_key : standard_key;
+}
+
+// Decimal digits of a, 1 for 0: the bit length times log10(2) (1233 / 4096),
+// corrected by one comparison.
+int digit_count(std::uint32_t a) {
+    static constexpr std::uint32_t POWERS[10] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000, 1000000000};
+    const auto t = static_cast<std::uint32_t>(((32 - __builtin_clz(a | 1u)) * 1233) >> 12);
+    return static_cast<int>(t + (a >= POWERS[t] ? 1u : 0u));
+}
+
 }  // namespace
 
 std::size_t format_thickness(char* out, std::size_t size, std::int32_t value, std::uint32_t units,
@@ -234,43 +299,34 @@ std::size_t format_thickness(char* out, std::size_t size, std::int32_t value, st
                              std::uint32_t meas_mode) {
     const bool negative = value < 0;
     std::uint32_t a = negative ? 0u - static_cast<std::uint32_t>(value) : static_cast<std::uint32_t>(value);
-    if (doubled == 1 && units != 2) a *= 2u;
-    const DigitRow row = layout == LAYOUT_PRECISION ? precision_row(a, units, resolution, meas_mode)
-                                                    : standard_row(a, units, resolution, layout);
+    a <<= static_cast<std::uint32_t>(doubled == 1 && units != 2);
+    const std::uint32_t key = row_key(units, resolution, layout, meas_mode);
+    const WordRow& row = WORD_ROWS[key][a >= WORD_ROW_BOUND[key] ? 1 : 0];
     a += row.round;
-    const int width = negative ? row.width - 1 : row.width;
-    if (__builtin_expect(size < 16 || a >= 100000000 || width > 8, 0)) {
+    if (__builtin_expect(size < 16 || a >= 100000000, 0)) {
         return format_thickness_general(out, size, value, units, resolution, layout, doubled, meas_mode);
     }
     // The usual text, made in one word: the field of `a` (a blank in mode 5,
-    // then blanks up to the width, then at least `precision` digits) cut to
+    // then blanks up to the width, then at least `digits` digits) cut to
     // six characters, of which the first `keep` go out, then the point and
     // the next `decimals`. Digits that would stand past the eighth character
     // leave the word, past the cut anyway.
-    const int keep = negative && a < row.threshold ? row.keep - 1 : row.keep;
-    const int precision = row.cp_format ? row.digits : 5;
-    // max(precision, the digits of a), a of 0 having none.
-    int body = 5;
-    if (a >= 100000) {
-        body = a < 1000000 ? 6 : a < 10000000 ? 7 : 8;
-    } else if (row.cp_format) {
-        body = std::max(precision, a < 10 ? (a != 0 ? 1 : 0) : a < 100 ? 2 : a < 1000 ? 3 : a < 10000 ? 4 : 5);
-    }
-    const int pad = std::max(width - body, 0) + (row.cp_format ? 1 : 0);
+    const int width = row.width - (negative ? 1 : 0);
+    const int keep = row.keep - (negative && a < row.threshold ? 1 : 0);
+    const int body = std::max<int>(row.digits, digit_count(a));
+    const int pad = std::max(width - body, 0) + row.cp_format;
     const std::uint64_t field = (eight_digits(a) >> (8 * (8 - body)) << (8 * pad)) | low_bytes(0x2020202020202020ull, static_cast<std::size_t>(pad));
     const std::size_t length = std::min<std::size_t>(static_cast<std::size_t>(pad + body), DIGIT_FIELD_SIZE - 1);
-    const std::size_t head = std::min<std::size_t>(static_cast<std::size_t>(std::max(keep, 0)), length);
-    std::uint64_t text = low_bytes(field, head);
-    std::size_t total = head;
-    if (row.decimals != 0) {
-        const std::size_t tail = std::min<std::size_t>(static_cast<std::size_t>(row.decimals), length - head);
-        text |= (static_cast<std::uint64_t>('.') | low_bytes(field >> (8 * head), tail) << 8) << (8 * head);
-        total += 1 + tail;
-    }
-    if (negative) {
-        text = text << 8 | static_cast<std::uint64_t>('-');
-        ++total;
-    }
+    const std::size_t head = std::min<std::size_t>(static_cast<std::size_t>(keep), length);
+    const std::size_t tail = std::min<std::size_t>(row.decimals, length - head);
+    // The point and the decimals, or nothing when the row has no decimals.
+    const std::uint64_t point = row.decimals != 0 ? ~0ull : 0ull;
+    std::uint64_t text = low_bytes(field, head) |
+                         (((static_cast<std::uint64_t>('.') | low_bytes(field >> (8 * head), tail) << 8) << (8 * head)) & point);
+    std::size_t total = head + ((1 + tail) & static_cast<std::size_t>(point));
+    const std::uint64_t signed_text = text << 8 | static_cast<std::uint64_t>('-');
+    text = negative ? signed_text : text;
+    total += negative ? 1 : 0;
     std::memcpy(out, &text, 8);
     out[total] = '\0';
     return total;
