@@ -223,9 +223,8 @@ std::uint64_t eight_digits(std::uint32_t a) {
     return x | 0x3030303030303030ull;
 }
 
-// The low n bytes of a word (n at most 7).
+// The low n bytes of a word (n at most 7) as a mask.
 constexpr std::uint64_t LOW_BYTES[8] = {0, 0xFF, 0xFFFF, 0xFFFFFF, 0xFFFFFFFF, 0xFFFFFFFFFF, 0xFFFFFFFFFFFF, 0xFFFFFFFFFFFFFF};
-std::uint64_t low_bytes(std::uint64_t x, std::size_t n) { return x & LOW_BYTES[n]; }
 
 
 // The digit rows of the one-word way, as the rows of precision_row and
@@ -289,8 +288,68 @@ std::uint32_t row_key(std::uint32_t units, std::uint32_t resolution, DigitLayout
 int digit_count(std::uint32_t a) {
     static constexpr std::uint32_t POWERS[10] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000, 1000000000};
     const auto t = static_cast<std::uint32_t>(((32 - __builtin_clz(a | 1u)) * 1233) >> 12);
-    return static_cast<int>(t + (a >= POWERS[t] ? 1u : 0u));
+    return static_cast<int>(t + ((a | 1u) >= POWERS[t] ? 1u : 0u));
 }
+
+// Where the characters of a length go, for one digit row, sign and count of
+// digits (1 to 8): everything but the digits themselves. The field is the
+// eight digits shifted right by `right` bits (leaving the body) and left by
+// `left` (behind the pad), with `blanks` in the pad; the text takes the
+// field's first `keep` characters (head_mask, behind the sign) and the next
+// `decimals` (tail_mask, behind the point), and `constant` holds the sign
+// and the point. A negative value drops its keep by one below the row's
+// threshold, which for a value of `count` digits is a matter of the count.
+struct WordLayout {
+    std::uint64_t blanks = 0;
+    std::uint64_t head_mask = 0;
+    std::uint64_t tail_mask = 0;
+    std::uint64_t constant = 0;
+    std::uint8_t right = 0;
+    std::uint8_t left = 0;
+    std::uint8_t total = 0;
+};
+
+constexpr std::size_t layout_index(std::uint32_t key, std::uint32_t side, std::uint32_t negative, int count) {
+    return ((key * 2 + side) * 2 + negative) * 9 + static_cast<std::size_t>(count);
+}
+
+constexpr std::array<WordLayout, 14 * 2 * 2 * 9> make_word_layouts() {
+    std::array<WordLayout, 14 * 2 * 2 * 9> table{};
+    for (std::uint32_t key = 0; key < 14; ++key) {
+        for (std::uint32_t side = 0; side < 2; ++side) {
+            const WordRow& row = WORD_ROWS[key][side];
+            for (std::uint32_t negative = 0; negative < 2; ++negative) {
+                for (int count = 1; count <= 8; ++count) {
+                    // a < threshold, for the thresholds of the rows (0, 10^5, 10^6).
+                    const bool below = row.threshold == 100000 ? count <= 5 : row.threshold == 1000000 ? count <= 6 : false;
+                    const int width = row.width - static_cast<int>(negative);
+                    const int keep = row.keep - (negative != 0 && below ? 1 : 0);
+                    const int body = std::max<int>(row.digits, count);
+                    const int pad = std::max(width - body, 0) + row.cp_format;
+                    const int length = std::min<int>(pad + body, static_cast<int>(DIGIT_FIELD_SIZE) - 1);
+                    const int head = std::min(keep, length);
+                    const int tail = std::min<int>(row.decimals, length - head);
+                    const int sign = static_cast<int>(negative);
+                    WordLayout& w = table[layout_index(key, side, negative, count)];
+                    w.right = static_cast<std::uint8_t>(8 * (8 - body));
+                    w.left = static_cast<std::uint8_t>(8 * pad);
+                    w.blanks = LOW_BYTES[pad] & 0x2020202020202020ull;
+                    w.head_mask = LOW_BYTES[head] << (8 * sign);
+                    w.constant = negative != 0 ? static_cast<std::uint64_t>('-') : 0;
+                    w.total = static_cast<std::uint8_t>(sign + head);
+                    if (row.decimals != 0) {
+                        w.tail_mask = LOW_BYTES[tail] << (8 * (sign + head + 1));
+                        w.constant |= static_cast<std::uint64_t>('.') << (8 * (sign + head));
+                        w.total = static_cast<std::uint8_t>(sign + head + 1 + tail);
+                    }
+                }
+            }
+        }
+    }
+    return table;
+}
+
+constexpr std::array<WordLayout, 14 * 2 * 2 * 9> WORD_LAYOUTS = make_word_layouts();
 
 }  // namespace
 
@@ -301,35 +360,23 @@ std::size_t format_thickness(char* out, std::size_t size, std::int32_t value, st
     std::uint32_t a = negative ? 0u - static_cast<std::uint32_t>(value) : static_cast<std::uint32_t>(value);
     a <<= static_cast<std::uint32_t>(doubled == 1 && units != 2);
     const std::uint32_t key = row_key(units, resolution, layout, meas_mode);
-    const WordRow& row = WORD_ROWS[key][a >= WORD_ROW_BOUND[key] ? 1 : 0];
-    a += row.round;
+    const std::uint32_t side = a >= WORD_ROW_BOUND[key] ? 1 : 0;
+    a += WORD_ROWS[key][side].round;
     if (__builtin_expect(size < 16 || a >= 100000000, 0)) {
         return format_thickness_general(out, size, value, units, resolution, layout, doubled, meas_mode);
     }
     // The usual text, made in one word: the field of `a` (a blank in mode 5,
     // then blanks up to the width, then at least `digits` digits) cut to
-    // six characters, of which the first `keep` go out, then the point and
-    // the next `decimals`. Digits that would stand past the eighth character
-    // leave the word, past the cut anyway.
-    const int width = row.width - (negative ? 1 : 0);
-    const int keep = row.keep - (negative && a < row.threshold ? 1 : 0);
-    const int body = std::max<int>(row.digits, digit_count(a));
-    const int pad = std::max(width - body, 0) + row.cp_format;
-    const std::uint64_t field = (eight_digits(a) >> (8 * (8 - body)) << (8 * pad)) | low_bytes(0x2020202020202020ull, static_cast<std::size_t>(pad));
-    const std::size_t length = std::min<std::size_t>(static_cast<std::size_t>(pad + body), DIGIT_FIELD_SIZE - 1);
-    const std::size_t head = std::min<std::size_t>(static_cast<std::size_t>(keep), length);
-    const std::size_t tail = std::min<std::size_t>(row.decimals, length - head);
-    // The point and the decimals, or nothing when the row has no decimals.
-    const std::uint64_t point = row.decimals != 0 ? ~0ull : 0ull;
-    std::uint64_t text = low_bytes(field, head) |
-                         (((static_cast<std::uint64_t>('.') | low_bytes(field >> (8 * head), tail) << 8) << (8 * head)) & point);
-    std::size_t total = head + ((1 + tail) & static_cast<std::size_t>(point));
-    const std::uint64_t signed_text = text << 8 | static_cast<std::uint64_t>('-');
-    text = negative ? signed_text : text;
-    total += negative ? 1 : 0;
+    // six characters, of which the first `keep` go out behind the sign, then
+    // the point and the next `decimals`. Digits that would stand past the
+    // eighth character leave the word, past the cut anyway.
+    const WordLayout& w = WORD_LAYOUTS[layout_index(key, side, negative ? 1 : 0, digit_count(a))];
+    const std::uint64_t field = (eight_digits(a) >> w.right << w.left) | w.blanks;
+    const unsigned shift = negative ? 8 : 0;
+    const std::uint64_t text = ((field << shift) & w.head_mask) | ((field << (shift + 8)) & w.tail_mask) | w.constant;
     std::memcpy(out, &text, 8);
-    out[total] = '\0';
-    return total;
+    out[w.total] = '\0';
+    return w.total;
 }
 
 void format_encoder_step(char* out, std::size_t size, std::uint32_t encoder_index,
