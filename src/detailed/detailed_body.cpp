@@ -136,6 +136,9 @@ int walk_rows(DlSession& session, int output_form, CsvSink& sink, CsvRow& rows) 
                                                                  : LAYOUT_STANDARD;
     RowTexts texts;
     row_texts_init(texts, session);
+    if (output_form == OUTPUT_DETAILED && (gage_type == GAGE_CORROSION || gage_type == GAGE_PRECISION)) {
+        row_texts_slots(texts, session);
+    }
     for (PointWalk walk = point_walk_begin(session); point_walk_more(walk);
          point_walk_advance(session, walk)) {
         if (point_walk_runs_off(walk)) return 0;

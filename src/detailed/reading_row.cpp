@@ -256,13 +256,91 @@ void row_texts_init(RowTexts& texts, const DlSession& session) {
     }
 }
 
+// Writes a piece into its slot; false when it doesn't fit.
+bool fill_slot(char* slot, std::uint8_t& length, const char* start, const char* end) {
+    const auto n = static_cast<std::size_t>(end - start);
+    if (n >= RowTexts::SLOT) return false;
+    std::memcpy(slot, start, n);
+    length = static_cast<std::uint8_t>(n);
+    return true;
+}
+
+void row_texts_slots(RowTexts& texts, const DlSession& session) {
+    const bool corrosion = session.gage_type == GAGE_CORROSION;
+    bool fit = true;
+    char text[256];
+    for (int kind = 0; kind < 3; ++kind) {
+        for (std::uint32_t u = 0; u < 4; ++u) {
+            const std::string_view unit = kind == 1 ? texts.velocity_units[u] : kind == 2 ? texts.cp_units[u] : texts.length_units[u];
+            for (std::uint32_t a = 0; a < 8; ++a) {
+                char* at = put_cell(put_cell(text, unit.substr(0, 100)), texts.alarms[a].substr(0, 100));
+                fit = fill_slot(texts.head[kind][u][a], texts.head_length[kind][u][a], text, at) && fit;
+            }
+        }
+    }
+    for (std::uint32_t f = 0; f < 4; ++f) {
+        char* at = put_cell(text, fast_mode_text(f));
+        *at++ = ',';
+        fit = fill_slot(texts.fast[f], texts.fast_length[f], text, at) && fit;
+    }
+    for (std::uint32_t s = 0; s < SETUP_COUNT; ++s) {
+        for (std::uint32_t e = 0; e < 2; ++e) {
+            for (std::uint32_t b = 0; b < 2; ++b) {
+                for (std::uint32_t h = 0; h < 2; ++h) {
+                    char* at = text;
+                    *at++ = ',';
+                    if (s >= 10) *at++ = static_cast<char>('0' + s / 10);
+                    *at++ = static_cast<char>('0' + s % 10);
+                    if (corrosion) at = put_cell(at, e != 0 ? "E TO E"sv : "STD"sv);
+                    at = put_cell(at, on_off(b != 0));
+                    at = put_cell(at, on_off(h != 0));
+                    fit = fill_slot(texts.tail[s][e][b][h], texts.tail_length[s][e][b][h], text, at) && fit;
+                }
+            }
+        }
+    }
+    texts.slots_corrosion = corrosion;
+    texts.slots_ready = fit;
+}
+
 namespace {
+
+// A piece of a slot: its whole slot copied, the end where its text ends.
+char* put_slot(char* at, const char* slot, std::size_t length) {
+    std::memcpy(at, slot, 16);
+    std::memcpy(at + 16, slot + 16, 16);
+    return at + length;
+}
+
+// put_status from the slots, which hold the same pieces, and the same cut.
+char* put_status_slots(char* at, const RowTexts& texts, const ReadingRecord& reading, int has_ascan,
+                       int velocity_flag) {
+    char* const start = at;
+    const std::uint32_t u = units(reading);
+    const std::uint32_t s = setup_number(reading);
+    const std::uint32_t a = alarm_state(reading);
+    const std::uint32_t f = fast_mode(reading);
+    const int kind = velocity_flag == 1 ? 1 : texts.cp[s] ? 2 : 0;
+    at = put_slot(at, texts.head[kind][u][a], texts.head_length[kind][u][a]);
+    if (texts.slots_corrosion) at = put_slot(at, texts.setup_cells[s], texts.setup_cells_length[s]);
+    at = put_slot(at, texts.fast[f], texts.fast_length[f]);
+    for (std::uint32_t mask = note_mask(reading) & 0xFFFFu; mask != 0; mask &= mask - 1) {
+        *at++ = static_cast<char>('A' + __builtin_ctz(mask));
+    }
+    const std::uint32_t e = echo_to_echo(reading), b = bscan_mode(reading) != 0 ? 1u : 0u;
+    const std::uint32_t h = has_ascan == 1 ? 1u : 0u;
+    at = put_slot(at, texts.tail[s][e][b][h], texts.tail_length[s][e][b][h]);
+    return start + std::min<std::size_t>(static_cast<std::size_t>(at - start), ROW_BUFFER_SIZE - 1);
+}
 
 // The status columns, written whole and then cut where the row buffer of
 // ROW_BUFFER_SIZE bytes that they were once made in would cut them (no
 // text of the tables comes near it).
 char* put_status(char* at, const RowTexts& texts, const ReadingRecord& reading, bool corrosion,
                  int has_ascan, int velocity_flag) {
+    if (texts.slots_ready && texts.slots_corrosion == corrosion) {
+        return put_status_slots(at, texts, reading, has_ascan, velocity_flag);
+    }
     char* const start = at;
     const std::uint32_t u = units(reading);
     const std::uint32_t s = setup_number(reading);

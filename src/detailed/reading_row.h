@@ -55,8 +55,27 @@ struct RowTexts {
     // ",%s,%s" of the DIFF and GAIN cells of each corrosion gauge setup.
     char setup_cells[SETUP_COUNT][2 * NUMBER_TEXT_SIZE] = {};
     std::uint8_t setup_cells_length[SETUP_COUNT] = {};
+    // The status columns as four pieces in slots of fixed size, each copied
+    // whole by two fixed moves and cut to its length (row_texts_slots):
+    // ",UNITS,ALARM" by units kind (0 a length, 1 a velocity, 2 mode 5),
+    // units code and alarm state; ",FAST," by fast mode; and
+    // ",SETUP #[,E TO E|STD],B SCAN,A SCAN" by setup, echo-to-echo,
+    // B-scan mode and A-scan, for the gauge of `slots_corrosion`. Branches
+    // on the codes, which vary from reading to reading, mispredict; these
+    // copies don't.
+    static constexpr std::size_t SLOT = 32;
+    bool slots_ready = false;  // made, and every piece fits its slot
+    bool slots_corrosion = false;
+    char head[3][4][8][SLOT] = {};
+    std::uint8_t head_length[3][4][8] = {};
+    char fast[4][SLOT] = {};
+    std::uint8_t fast_length[4] = {};
+    char tail[SETUP_COUNT][2][2][2][SLOT] = {};
+    std::uint8_t tail_length[SETUP_COUNT][2][2][2] = {};
 };
 void row_texts_init(RowTexts& texts, const DlSession& session);
+// Makes the slots of the status pieces, for a walk's rows.
+void row_texts_slots(RowTexts& texts, const DlSession& session);
 
 // The status columns, the measurement pairs and the line end of a reading
 // (the text that add_columns_corrosion and add_columns_precision add),

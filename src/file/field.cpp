@@ -217,6 +217,14 @@ int read_in_page(DlStream& stream, std::uint64_t offset, std::uint8_t* dst, std:
     return 1;
 }
 
+const std::uint8_t* bytes_in_page(DlStream& stream, std::uint64_t offset, std::size_t n) {
+    const std::size_t at = static_cast<std::size_t>(offset % FILE_PAGE_SIZE);
+    if (n > FILE_PAGE_SIZE - at) return nullptr;
+    const PageView page = fetch_page(stream, offset);
+    if (page.bytes == nullptr || at + n > page.length) return nullptr;
+    return page.bytes + at;
+}
+
 std::size_t read_block(DlStream& stream, std::uint64_t offset, std::uint8_t* dst,
                        std::size_t n) {
     std::size_t done = 0;

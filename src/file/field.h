@@ -88,6 +88,11 @@ int read_text(DlStream& stream, std::uint64_t offset, char* dst, std::size_t dst
 // the caller then reads field by field, which reports what fails.
 int read_in_page(DlStream& stream, std::uint64_t offset, std::uint8_t* dst, std::size_t n);
 
+// The n bytes at the offset in place, when they all lie in one page that
+// the file fills (as read_in_page copies them); else nullptr, having printed
+// nothing. Valid until the next read of the stream.
+const std::uint8_t* bytes_in_page(DlStream& stream, std::uint64_t offset, std::size_t n);
+
 // Copies up to n bytes from the offset into dst, silently, and returns how
 // many there were before the end of the file.
 std::size_t read_block(DlStream& stream, std::uint64_t offset, std::uint8_t* dst,

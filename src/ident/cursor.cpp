@@ -194,6 +194,73 @@ void cursor_walk(IdCursor& cursor, std::uint8_t first_inc, std::uint8_t second_i
     }
 }
 
+CursorStepper cursor_stepper(std::uint8_t first_inc, std::uint8_t second_inc, std::uint8_t third_inc,
+                             std::int32_t walk_pattern, std::int32_t file_type, std::uint8_t fourth_inc) {
+    CursorStepper stepper;
+    if (walk_pattern == WALK_STANDARD || walk_pattern == WALK_REVERSE) {
+        // cursor_walk_linear's places, empty ones left out.
+        stepper.kind = 1;
+        stepper.delta = walk_pattern == WALK_STANDARD ? 1 : -1;
+        const std::uint8_t places[4] = {first_inc, second_inc, third_inc, fourth_inc};
+        const int place_count = file_type == FILE_TYPE_4D_MANUAL ? 4 : 3;
+        for (int i = 0; i < place_count; ++i) {
+            const int n = dimension_number(places[i]);
+            if (n != 0) stepper.number[stepper.count++] = n;
+        }
+    } else if (walk_pattern == WALK_ZIGZAG || walk_pattern == WALK_REVERSE_ZIGZAG) {
+        // Every zigzag of cursor_walk comes down to zigzag_walk over the
+        // order of the fields (the fourth only in "4D-MANUAL").
+        stepper.kind = 2;
+        stepper.backward = walk_pattern == WALK_REVERSE_ZIGZAG;
+        const WalkOrder order = walk_order(first_inc, second_inc, third_inc,
+                                           file_type == FILE_TYPE_4D_MANUAL ? fourth_inc : 0);
+        stepper.count = order.count;
+        for (int i = 0; i < 4; ++i) stepper.number[i] = order.number[i];
+    }
+    return stepper;
+}
+
+void cursor_stepper_step(IdCursor& cursor, const CursorStepper& stepper) {
+    if (stepper.kind == 1) {
+        for (int i = 0; i < stepper.count; ++i) {
+            if (cursor_step_dimension(cursor, stepper.number[i], stepper.delta) == 0) return;
+        }
+    } else if (stepper.kind == 2) {
+        WalkOrder order;
+        order.count = stepper.count;
+        for (int i = 0; i < 4; ++i) order.number[i] = stepper.number[i];
+        zigzag_walk(cursor, order, stepper.backward);
+    }
+}
+
+// The dimensions in use come first, each of at least one position, and the
+// box has fewer than 2^32 points: each storage index below that names one
+// point, the mixed-radix digits that the seek's divisions take out.
+bool regular_box(const IdCursor& cursor) {
+    std::uint64_t points = 1;
+    bool ended = false;
+    for (std::int64_t size : cursor.dim_size) {
+        if (size == 0) {
+            ended = true;
+            continue;
+        }
+        if (ended || size < 0 || size > 0xFFFFFFFF) return false;
+        points *= static_cast<std::uint64_t>(size);
+        if (points > 0xFFFFFFFF) return false;
+    }
+    return cursor.dim_size[0] != 0;
+}
+
+bool cursor_at_index(const IdCursor& cursor, std::int64_t index) {
+    // As unsigned numbers a negative position is never below a size; an
+    // unused dimension (size 0) must stand at 0, below 1. Tested together:
+    // the walk's positions are in the box almost always.
+    const auto& p = cursor.dim_position;
+    const auto& s = cursor.dim_size;
+    const auto below = [&](int d) { return bits(p[d]) < (s[d] == 0 ? 1u : bits(s[d])); };
+    return (below(0) & below(1) & below(2) & below(3)) && cursor_flat_index(cursor) == index;
+}
+
 std::uint32_t point_total_of(const IdCursor& cursor) {
     const auto& s = cursor.dim_size;
     std::uint64_t total = bits(s[0]);

@@ -50,6 +50,28 @@ void cursor_walk(IdCursor& cursor, std::uint8_t first_inc, std::uint8_t second_i
                  std::uint8_t third_inc, std::int32_t walk_pattern, std::int32_t file_type,
                  std::uint8_t fourth_inc);
 
+// The step of cursor_walk made ready for a whole walk: the same moves, with
+// the dimensions that the increment fields name worked out once instead of
+// at every step.
+struct CursorStepper {
+    std::int32_t kind = 0;    // 0 moves nothing, 1 an odometer, 2 a zigzag
+    std::int16_t delta = 1;   // of the odometer
+    bool backward = false;    // of the zigzag
+    int count = 0;
+    int number[4] = {};       // dimensions, counted from 1, in the order of the fields
+};
+
+CursorStepper cursor_stepper(std::uint8_t first_inc, std::uint8_t second_inc, std::uint8_t third_inc,
+                             std::int32_t walk_pattern, std::int32_t file_type, std::uint8_t fourth_inc);
+// The step cursor_walk takes with the fields the stepper was made from.
+void cursor_stepper_step(IdCursor& cursor, const CursorStepper& stepper);
+
+// Whether a seek to `index` would leave the positions as they are: the box
+// is regular (regular_box) and the positions lie inside it and make `index`.
+// Unused dimensions must stand at 0. Cheaper than the seek's divisions.
+bool regular_box(const IdCursor& cursor);
+bool cursor_at_index(const IdCursor& cursor, std::int64_t index);
+
 // Number of test points: the product of the sizes from dimension 0 upward,
 // ending at the first size of 0; the low 32 bits.
 std::uint32_t point_total_of(const IdCursor& cursor);

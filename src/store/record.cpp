@@ -52,16 +52,18 @@ int fill_record_head(const DlSession& session, ReadingRecord& record, Run& f) {
     return f.ok;
 }
 
-// The big-endian fields of a whole record head that lay in one page.
+// The big-endian fields of a whole record head that lies in one page, read
+// where the page holds them.
 struct HeadBytes {
-    std::array<std::uint8_t, RECORD_SIZE> bytes{};
+    const std::uint8_t* bytes;
     int ok = 1;
 
     std::uint16_t u16(std::size_t at) const {
         return static_cast<std::uint16_t>((bytes[at] << 8) | bytes[at + 1]);
     }
     std::uint32_t u32(std::size_t at) const {
-        return (static_cast<std::uint32_t>(u16(at)) << 16) | u16(at + 2);
+        return (static_cast<std::uint32_t>(bytes[at]) << 24) | (static_cast<std::uint32_t>(bytes[at + 1]) << 16) |
+               (static_cast<std::uint32_t>(bytes[at + 2]) << 8) | bytes[at + 3];
     }
 };
 
@@ -71,8 +73,8 @@ int read_record_head(DlSession& session, ReadingRecord& record, std::uint64_t of
     // The usual record lies inside one page that the file fills: all its
     // fields at once. Anything else reads field by field, with the error
     // lines and the stop at the first failed field of such reads.
-    HeadBytes head;
-    if (read_in_page(session.dl_stream, offset, head.bytes.data(), head.bytes.size()) == 1) {
+    if (const std::uint8_t* bytes = bytes_in_page(session.dl_stream, offset, RECORD_SIZE)) {
+        HeadBytes head{bytes};
         return fill_record_head(session, record, head);
     }
     FieldRun f{session.dl_stream, offset};

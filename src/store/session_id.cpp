@@ -77,6 +77,9 @@ PointWalk point_walk_begin(DlSession& session) {
     walk.slots = slot_capacity(session);
     const std::int32_t type = session.file_type;
     walk.stored_ids = type == FILE_TYPE_MANUAL;
+    walk.stepper = cursor_stepper(session.first_inc, session.second_inc, session.third_inc,
+                                  session.walk_pattern, type, session.fourth_inc);
+    walk.regular = regular_box(session.id_spec.cursor);
     // Stored identifiers and labels are read from the file and the suffix
     // of the boiler layout comes between the dimensions: those identifiers
     // are composed anew.
@@ -90,8 +93,11 @@ PointWalk point_walk_begin(DlSession& session) {
 
 std::size_t point_walk_id(DlSession& session, const PointWalk& walk, char* out) {
     if (walk.texts != nullptr) {
-        // The cursor goes to the storage index as in session_point_id.
-        cursor_seek(session.id_spec.cursor, walk.storage_index);
+        // The cursor goes to the storage index as in session_point_id; the
+        // step that made the index has usually put it there already.
+        if (!walk.regular || !cursor_at_index(session.id_spec.cursor, walk.storage_index)) {
+            cursor_seek(session.id_spec.cursor, walk.storage_index);
+        }
         return id_spec_walk_compose(session.id_spec, *walk.texts, session.file_type, out);
     }
     if (walk.stored_ids) {
@@ -111,9 +117,9 @@ void point_walk_advance(DlSession& session, PointWalk& walk) {
     // The walk steps from the point whose identifier was just composed. The
     // texts of the next point are worked out when its identifier is
     // composed, from its storage index.
-    const std::int64_t next = id_spec_step(session.id_spec, session.first_inc, session.second_inc,
-                                           session.third_inc, session.walk_pattern,
-                                           session.file_type, session.fourth_inc);
+    // (id_spec_step's move, with the stepper made at the beginning.)
+    cursor_stepper_step(session.id_spec.cursor, walk.stepper);
+    const std::int64_t next = cursor_flat_index(session.id_spec.cursor);
     walk.storage_index = static_cast<std::uint32_t>(static_cast<std::uint64_t>(next));
 }
 

@@ -43,6 +43,11 @@ struct PointWalk {
     std::uint64_t slots = 0;
     std::uint32_t storage_index = 0;
     bool stored_ids = false;
+    // The step of the walk pattern, made once.
+    CursorStepper stepper{};
+    // Whether a seek within the box gives back the positions it came from
+    // (regular_box): then a cursor that stands at the storage index needs none.
+    bool regular = false;
     // The parts of the identifiers, for surveys whose identifiers they
     // can compose (else nullptr: each is composed anew).
     WalkTexts* texts = nullptr;

@@ -102,9 +102,9 @@ TEST(DigitField, LikeSnprintfAtEveryBoundaryAndOverADenseSweep) {
 // units code, resolution, layout, doubling and measurement mode.
 TEST(Thickness, OneWordLikeTheGeneralWay) {
     auto compare = [](std::int32_t value, int combo) {
-        const auto u = static_cast<std::uint32_t>(combo % 4), r = static_cast<std::uint32_t>(combo / 4 % 2);
-        const auto layout = static_cast<DigitLayout>(combo / 8 % 3);
-        const auto doubled = static_cast<std::uint32_t>(combo / 24 % 2), mode = std::array{0u, 5u, 2u}[combo / 48 % 3];
+        const auto u = static_cast<std::uint32_t>(combo % 4), r = static_cast<std::uint32_t>(combo / 4 % 4);
+        const auto layout = static_cast<DigitLayout>(combo / 16 % 3);
+        const auto doubled = static_cast<std::uint32_t>(combo / 48 % 2), mode = std::array{0u, 5u, 2u}[combo / 96 % 3];
         char fast[NUMBER_TEXT_SIZE], general[NUMBER_TEXT_SIZE];
         const std::size_t n = format_thickness(fast, sizeof fast, value, u, r, layout, doubled, mode);
         const std::size_t m = format_thickness_general(general, sizeof general, value, u, r, layout, doubled, mode);
@@ -115,10 +115,10 @@ TEST(Thickness, OneWordLikeTheGeneralWay) {
         for (std::int64_t v : {power, power / 2}) for (std::int64_t d = -60; d <= 60; ++d) values.push_back(v + d), values.push_back(-v - d);
     for (std::int64_t value : values) {
         if (value < INT32_MIN || value > INT32_MAX) continue;
-        for (int combo = 0; combo < 144; ++combo) ASSERT_EQ(compare(static_cast<std::int32_t>(value), combo), "");
+        for (int combo = 0; combo < 288; ++combo) ASSERT_EQ(compare(static_cast<std::int32_t>(value), combo), "");
     }
-    for (std::int32_t value = -2000000; value <= 12000000; ++value) ASSERT_EQ(compare(value, static_cast<int>(static_cast<std::uint32_t>(value) % 144)), "");
-    for (std::int64_t value = INT32_MIN; value <= INT32_MAX; value += 9973) ASSERT_EQ(compare(static_cast<std::int32_t>(value), static_cast<int>(value & 127)), "");
+    for (std::int32_t value = -2000000; value <= 12000000; ++value) ASSERT_EQ(compare(value, static_cast<int>(static_cast<std::uint32_t>(value) % 288)), "");
+    for (std::int64_t value = INT32_MIN; value <= INT32_MAX; value += 9973) ASSERT_EQ(compare(static_cast<std::int32_t>(value), static_cast<int>(static_cast<std::uint64_t>(value) % 288)), "");
 }
 
 // "% 4.1f" of a float against snprintf, in a buffer of `size` bytes.
