@@ -51,7 +51,7 @@ PageView fetch_page(DlStream& stream, std::uint64_t offset) {
 // Readies the stream for a new input: a fresh generation of its pages.
 int begin_input(DlStream& stream) {
     if (stream.cache == nullptr) {
-        stream.cache.reset(new (std::nothrow) PageCache);
+        stream.cache = make_zeroed<PageCache>();
         if (stream.cache == nullptr) return 0;
         stream.generation = 0;
     }

@@ -17,6 +17,7 @@
 #include <memory>
 
 #include "base/console.h"
+#include "base/zeroed.h"
 
 namespace ugf {
 
@@ -47,7 +48,7 @@ struct DlStream {
     std::uint64_t memory_size = 0;
     int is_open = 0;
     std::uint32_t generation = 0;  // tags this opening's pages in the cache
-    std::unique_ptr<PageCache> cache;
+    ZeroedPtr<PageCache> cache;
     Console console{};
     // The last read that failed: its error line and the offset of the byte.
     const char* error = nullptr;
