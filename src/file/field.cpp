@@ -1,5 +1,6 @@
 #include "file/field.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -37,15 +38,27 @@ PageView fetch_page(DlStream& stream, std::uint64_t offset) {
         return {stream.memory + start, static_cast<std::size_t>(left < FILE_PAGE_SIZE ? left : FILE_PAGE_SIZE)};
     }
     if (stream.file == nullptr || stream.cache == nullptr) return {};
-    FilePage& page = stream.cache->pages[number % FILE_PAGE_COUNT];
-    if (page.generation != stream.generation || page.number != number) {
+    PageCache& cache = *stream.cache;
+    FilePage* page = &cache.pages[number & (cache.in_use - 1)];
+    if (page->generation != stream.generation || page->number != number) {
+        if (cache.in_use < FILE_PAGE_COUNT &&
+            std::find(cache.replaced.begin(), cache.replaced.end(), number + 1) != cache.replaced.end()) {
+            // Read again soon after it was replaced: the walk needs more pages.
+            cache.in_use *= 2;
+            cache.replaced.fill(0);
+            page = &cache.pages[number & (cache.in_use - 1)];
+        }
         if (!seek_to(stream.file, number * FILE_PAGE_SIZE)) return {};
-        page.generation = stream.generation;
-        page.number = number;
-        page.length = std::fread(page.bytes.data(), 1, FILE_PAGE_SIZE, stream.file);
+        if (page->generation == stream.generation) {
+            cache.replaced[cache.next_replaced] = page->number + 1;
+            cache.next_replaced = (cache.next_replaced + 1) % FILE_PAGES_REPLACED;
+        }
+        page->generation = stream.generation;
+        page->number = number;
+        page->length = std::fread(page->bytes.data(), 1, FILE_PAGE_SIZE, stream.file);
         std::clearerr(stream.file);
     }
-    return {page.bytes.data(), page.length};
+    return {page->bytes.data(), page->length};
 }
 
 // Readies the stream for a new input: a fresh generation of its pages.
@@ -60,6 +73,8 @@ int begin_input(DlStream& stream) {
         for (FilePage& page : stream.cache->pages) page.generation = 0;
         stream.generation = 1;
     }
+    stream.cache->in_use = FILE_PAGES_FIRST;
+    stream.cache->replaced.fill(0);
     stream.error = nullptr;
     stream.error_offset = 0;
     return 1;
