@@ -182,6 +182,7 @@ PointFormat point_format(const DlSession& session, const ReadingRecord& reading)
         f.layout = LAYOUT_FLAW;
         f.doubled = meas_mode(setup) == FLAW_MEAS_MODE_THRU ? 1u : 0u;
         f.unit = length_unit_text(f.units, false);
+        f.length = length_form(f.units, f.resolution, f.layout, f.doubled, f.meas_mode);
         return f;
     }
     const GaugeSetup& setup = session.setups[setup_number(reading)].gauge;
@@ -191,6 +192,7 @@ PointFormat point_format(const DlSession& session, const ReadingRecord& reading)
     const bool precision = session.gage_type == GAGE_PRECISION;
     f.layout = precision ? LAYOUT_PRECISION : LAYOUT_STANDARD;
     f.unit = length_unit_text(f.units, precision && f.meas_mode == MEAS_MODE_CP);
+    f.length = length_form(f.units, f.resolution, f.layout, f.doubled, f.meas_mode);
     return f;
 }
 
@@ -210,7 +212,8 @@ std::size_t point_value_length(char* out, std::size_t size, const BscanPoint& p,
     const std::int32_t m = static_cast<std::int32_t>(magnitude);
     const std::int32_t v = point_negative(p) != 0 ? -m : m;
     if ((f.units == 0 && v != POINT_EMPTY_IN) || (f.units == 1 && v != POINT_EMPTY_MM)) {
-        return format_thickness(out, size, v, f.units, f.resolution, f.layout, f.doubled, f.meas_mode);
+        if (size < 16) return format_thickness(out, size, v, f.units, f.resolution, f.layout, f.doubled, f.meas_mode);
+        return format_length(out, v, f.length);
     }
     return 0;
 }
