@@ -26,8 +26,9 @@ struct PageView {
     std::size_t length = 0;
 };
 
-// The page holding `offset`; no bytes when the seek to it fails.
-PageView fetch_page(DlStream& stream, std::uint64_t offset) {
+// The page holding `offset` when it is not the cached one: the caller's
+// memory, or a page read into the cache; no bytes when the seek fails.
+[[gnu::noinline]] PageView fetch_page_slow(DlStream& stream, std::uint64_t offset) {
     const std::uint64_t number = offset / FILE_PAGE_SIZE;
     if (stream.memory != nullptr) {
         // Beyond what a file offset can name, as a seek of a file would fail.
@@ -59,6 +60,17 @@ PageView fetch_page(DlStream& stream, std::uint64_t offset) {
         std::clearerr(stream.file);
     }
     return {page->bytes.data(), page->length};
+}
+
+// The page holding `offset`; no bytes when the seek to it fails. A page the
+// file's cache holds is taken at once, inline.
+inline PageView fetch_page(DlStream& stream, std::uint64_t offset) {
+    if (stream.memory == nullptr && stream.file != nullptr && stream.cache != nullptr) {
+        const std::uint64_t number = offset / FILE_PAGE_SIZE;
+        const FilePage& page = stream.cache->pages[number & (stream.cache->in_use - 1)];
+        if (page.generation == stream.generation && page.number == number) return {page.bytes.data(), page.length};
+    }
+    return fetch_page_slow(stream, offset);
 }
 
 // Readies the stream for a new input: a fresh generation of its pages.
