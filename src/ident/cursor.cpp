@@ -233,6 +233,34 @@ void cursor_stepper_step(IdCursor& cursor, const CursorStepper& stepper) {
     }
 }
 
+void cursor_stepper_step(IdCursor& cursor, const CursorStepper& stepper, ZigzagMemo& memo) {
+    if (stepper.kind != 2 || stepper.count < 2) {
+        cursor_stepper_step(cursor, stepper);
+        return;
+    }
+    // zigzag_step's direction of the first dimension, and its first try.
+    const int rest = stepper.count - 1;
+    bool same = memo.valid;
+    for (int i = 0; i < rest; ++i) same = same && memo.above[i] == cursor.dim_position[stepper.number[i + 1] - 1];
+    if (!same) {
+        std::uint64_t above = 0;
+        for (int i = 0; i < rest; ++i) {
+            memo.above[i] = cursor.dim_position[stepper.number[i + 1] - 1];
+            above += bits(memo.above[i]);
+        }
+        const std::int64_t direction = (above & 1u) != 0 ? -1 : 1;
+        memo.delta = stepper.backward ? -direction : direction;
+        memo.valid = true;
+    }
+    const int d = stepper.number[0] - 1;
+    const std::int64_t moved = from_bits(bits(cursor.dim_position[d]) + bits(memo.delta));
+    if (moved >= 0 && moved < cursor.dim_size[d]) {
+        cursor.dim_position[d] = moved;
+        return;
+    }
+    cursor_stepper_step(cursor, stepper);
+}
+
 // The dimensions in use come first, each of at least one position, and the
 // box has fewer than 2^32 points: each storage index below that names one
 // point, the mixed-radix digits that the seek's divisions take out.
