@@ -285,8 +285,8 @@ bool cursor_at_index(const IdCursor& cursor, std::int64_t index) {
     // the walk's positions are in the box almost always.
     const auto& p = cursor.dim_position;
     const auto& s = cursor.dim_size;
-    const auto below = [&](int d) { return bits(p[d]) < (s[d] == 0 ? 1u : bits(s[d])); };
-    return (below(0) & below(1) & below(2) & below(3)) && cursor_flat_index(cursor) == index;
+    const auto below = [&](int d) -> unsigned { return bits(p[d]) < (s[d] == 0 ? 1u : bits(s[d])) ? 1u : 0u; };
+    return (below(0) & below(1) & below(2) & below(3)) != 0 && cursor_flat_index(cursor) == index;
 }
 
 std::uint32_t point_total_of(const IdCursor& cursor) {
