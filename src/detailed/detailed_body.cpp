@@ -94,8 +94,10 @@ void add_thickness_row(CsvRow& rows, const DlSession& session, const RowTexts& t
     copy_bytes(at, id.text, length);
     at += length;
     *at++ = ',';
-    at += thickness_text(at, reading, layout, meas_mode(session.setups[setup_number(reading)].gauge),
-                         scan.velocity_flag == 1 ? session.velocity_text : nullptr);
+    // The thickness gauges print their thickness in the layout of their pairs.
+    (void)layout;
+    at += thickness_text_form(at, reading, row_length_form(texts, reading),
+                              scan.velocity_flag == 1 ? session.velocity_text : nullptr);
     at = put_columns(at, texts, session, reading, session.gage_type == GAGE_CORROSION, scan.has_ascan,
                      scan.velocity_flag);
     rows.taken(at);

@@ -140,10 +140,15 @@ char* put_cell(char* at, std::string_view text) {
 
 // A length of the pairs as a cell: ",", then the value in the reading's units
 // and resolution.
-char* put_length_cell(char* at, const DlSession& session, const ReadingRecord& reading, std::uint32_t value) {
+char* put_length_cell(char* at, const LengthForm& form, std::uint32_t value) {
     *at++ = ',';
-    return at + format_thickness(at, NUMBER_TEXT_SIZE, static_cast<std::int32_t>(value), units(reading), resolution(reading),
-                                 pair_layout(session), 0, meas_mode(reading_setup(session, reading)));
+    return at + format_length(at, static_cast<std::int32_t>(value), form);
+}
+
+// The kind of the reading's lengths in the pairs.
+LengthForm pair_length_form(const DlSession& session, const ReadingRecord& reading) {
+    return length_form(units(reading), resolution(reading), pair_layout(session), 0,
+                       meas_mode(reading_setup(session, reading)));
 }
 
 // The first pair: the extra value and its type, or two empty cells.
@@ -160,7 +165,8 @@ char* put_first_pair(char* at, const DlSession& session, const ReadingRecord& re
 }
 
 // The second and third pairs: minimum and maximum, difference or span.
-char* put_second_pairs(char* at, const DlSession& session, const ReadingRecord& reading, int velocity_flag) {
+char* put_second_pairs(char* at, const DlSession& session, const ReadingRecord& reading, int velocity_flag,
+                       const LengthForm& form) {
     const std::uint32_t second = second_kind(reading);
     if (second == 0 || velocity_flag == 1) return put_text(at, ",,,,"sv);
     char* const start = at;
@@ -169,9 +175,9 @@ char* put_second_pairs(char* at, const DlSession& session, const ReadingRecord& 
     const std::uint32_t mx = max_value(reading);
     if (second == 1) {
         // Only the maximum says whether the pair holds values.  ",%s,%s,%s,%s"
-        at = mx == 0 ? put_cell(at, none) : put_length_cell(at, session, reading, mn);
+        at = mx == 0 ? put_cell(at, none) : put_length_cell(at, form, mn);
         at = put_text(at, ",MIN"sv);
-        at = mx == 0 ? put_cell(at, none) : put_length_cell(at, session, reading, mx);
+        at = mx == 0 ? put_cell(at, none) : put_length_cell(at, form, mx);
         return cut_piece(start, put_text(at, ",MAX"sv));
     }
     if (second == 2) {
@@ -183,7 +189,7 @@ char* put_second_pairs(char* at, const DlSession& session, const ReadingRecord& 
     if (mn == 0) {
         at = put_cell(at, none);
     } else {
-        at = put_length_cell(at, session, reading, mn);
+        at = put_length_cell(at, form, mn);
     }
     return cut_piece(start, put_text(at, ",MAX-MIN,,"sv));
 }
@@ -193,7 +199,7 @@ void add_measurement_pairs(CsvRow& row, const DlSession& session, const ReadingR
                            int velocity_flag) {
     char text[2 * PIECE_BUFFER_SIZE];
     row.add(std::string_view(text, static_cast<std::size_t>(put_first_pair(text, session, reading) - text)));
-    row.add(std::string_view(text, static_cast<std::size_t>(put_second_pairs(text, session, reading, velocity_flag) - text)));
+    row.add(std::string_view(text, static_cast<std::size_t>(put_second_pairs(text, session, reading, velocity_flag, pair_length_form(session, reading)) - text)));
 }
 
 }  // namespace
@@ -253,6 +259,11 @@ void row_texts_init(RowTexts& texts, const DlSession& session) {
         TextBuilder cells(texts.setup_cells[s], sizeof texts.setup_cells[s]);
         cells.put_cells({diff_type_text(diff_type(setup)), gain});
         texts.setup_cells_length[s] = static_cast<std::uint8_t>(cells.len);
+        for (std::uint32_t u = 0; u < 4; ++u) {
+            for (std::uint32_t r = 0; r < 4; ++r) {
+                texts.lengths[u][s * 4 + static_cast<int>(r)] = length_form(u, r, pair_layout(session), 0, meas_mode(setup));
+            }
+        }
     }
 }
 
@@ -369,7 +380,7 @@ char* put_columns(char* at, const RowTexts& texts, const DlSession& session,
     if (is_empty_slot(reading)) return put_text(at, corrosion ? ",,,,,,,,,,,,,,,,\n"sv : ",,,,,,,,,,,,,\n"sv);
     at = put_status(at, texts, reading, corrosion, has_ascan, velocity_flag);
     at = put_first_pair(at, session, reading);
-    at = put_second_pairs(at, session, reading, velocity_flag);
+    at = put_second_pairs(at, session, reading, velocity_flag, row_length_form(texts, reading));
     *at++ = '\n';
     return at;
 }

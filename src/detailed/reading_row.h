@@ -72,7 +72,14 @@ struct RowTexts {
     std::uint8_t fast_length[4] = {};
     char tail[SETUP_COUNT][2][2][2][SLOT] = {};
     std::uint8_t tail_length[SETUP_COUNT][2][2][2] = {};
+    // The kinds of length of the thickness and the pairs (the layout of the
+    // pairs, which the thickness of both gauges shares), by units code and
+    // by setup and resolution: row_length_form.
+    LengthForm lengths[4][SETUP_COUNT * 4] = {};
 };
+inline const LengthForm& row_length_form(const RowTexts& texts, const ReadingRecord& reading) {
+    return texts.lengths[units(reading)][setup_number(reading) * 4 + resolution(reading)];
+}
 void row_texts_init(RowTexts& texts, const DlSession& session);
 // Makes the slots of the status pieces, for a walk's rows.
 void row_texts_slots(RowTexts& texts, const DlSession& session);

@@ -182,6 +182,7 @@ PointFormat point_format(const DlSession& session, const ReadingRecord& reading)
         f.layout = LAYOUT_FLAW;
         f.doubled = meas_mode(setup) == FLAW_MEAS_MODE_THRU ? 1u : 0u;
         f.unit = length_unit_text(f.units, false);
+        f.length = length_form(f.units, f.resolution, f.layout, f.doubled, f.meas_mode);
         return f;
     }
     const GaugeSetup& setup = session.setups[setup_number(reading)].gauge;
@@ -191,6 +192,7 @@ PointFormat point_format(const DlSession& session, const ReadingRecord& reading)
     const bool precision = session.gage_type == GAGE_PRECISION;
     f.layout = precision ? LAYOUT_PRECISION : LAYOUT_STANDARD;
     f.unit = length_unit_text(f.units, precision && f.meas_mode == MEAS_MODE_CP);
+    f.length = length_form(f.units, f.resolution, f.layout, f.doubled, f.meas_mode);
     return f;
 }
 
@@ -198,7 +200,30 @@ void point_value_text(char* out, std::size_t size, const BscanPoint& p, const Po
     point_value_length(out, size, p, f);
 }
 
+namespace {
+
+// point_value_length into out of at least 16 bytes, inlined in the B-scan
+// loop.
+inline std::size_t point_value_16(char* out, const BscanPoint& p, const PointFormat& f) {
+    out[0] = '\0';
+    if (point_lost(p) != 0) {
+        std::memcpy(out, "--.---", 7);
+        return 6;
+    }
+    std::uint32_t magnitude = point_magnitude(p);
+    if (f.units != 0) magnitude *= 10u;
+    const std::int32_t m = static_cast<std::int32_t>(magnitude);
+    const std::int32_t v = point_negative(p) != 0 ? -m : m;
+    if ((f.units == 0 && v != POINT_EMPTY_IN) || (f.units == 1 && v != POINT_EMPTY_MM)) {
+        return format_length(out, v, f.length);
+    }
+    return 0;
+}
+
+}  // namespace
+
 std::size_t point_value_length(char* out, std::size_t size, const BscanPoint& p, const PointFormat& f) {
+    if (size >= NUMBER_TEXT_SIZE) return point_value_16(out, p, f);
     out[0] = '\0';
     if (point_lost(p) != 0) {
         TextBuilder text(out, size);
@@ -398,28 +423,29 @@ int write_bscan_dump(const DlSession& session, const ReadingRecord& reading,
     for (std::size_t i = 0; i < store.bscan.point_count; ++i) {
         const BscanPoint p = bscan_point(store, i);
         index.advance();
-        char value[NUMBER_TEXT_SIZE] = {};
-        const std::size_t value_length = point_value_length(value, sizeof value, p, f);
         const std::uint32_t alarm = point_alarm(p);
         const std::uint32_t mark = point_min(p) != 0 ? 1 : point_max(p) != 0 ? 2 : 0;
         const std::size_t tail_length = tails.length[alarm][mark];
         char* row = rows + used;
-        if (index.length + value_length + tail_length + 2 < LINE_BUFFER_SIZE) {
-            // Whole buffers are copied where that is cheaper than measured
-            // copies; the line's room behind the row takes what is past it.
+        if (index.length + (NUMBER_TEXT_SIZE - 1) + tail_length + 2 < LINE_BUFFER_SIZE) {
+            // The row fits its line whatever the value's length: the value
+            // is written in place, and whole buffers are copied where that
+            // is cheaper than measured copies; the line's room behind the
+            // row takes what is past it.
             *row++ = ',';
             std::memcpy(row, index.text, sizeof index.text);
             row += index.length;
             *row++ = ',';
-            std::memcpy(row, value, sizeof value);
-            row += value_length;
+            row += point_value_16(row, p, f);
             if (tail_length <= SHORT_TAIL) {
                 std::memcpy(row, tails.text[alarm][mark], SHORT_TAIL);
             } else {
                 std::memcpy(row, tails.text[alarm][mark], tail_length);
             }
             used = static_cast<std::size_t>(row + tail_length - rows);
-        } else {  // a row cut at the end of its line
+        } else {  // a row that may be cut at the end of its line
+            char value[NUMBER_TEXT_SIZE] = {};
+            point_value_16(value, p, f);
             TextBuilder line(row, LINE_BUFFER_SIZE);
             line.put(',');
             line.put_int(static_cast<int>(i + 1));

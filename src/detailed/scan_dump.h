@@ -63,6 +63,7 @@ struct PointFormat {
     std::uint32_t doubled = 0;
     std::uint32_t meas_mode = 0;
     const char* unit = "";
+    LengthForm length{};  // of the fields above
 };
 
 PointFormat point_format(const DlSession& session, const ReadingRecord& reading);

@@ -1,5 +1,6 @@
 #include "file/field.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -25,8 +26,9 @@ struct PageView {
     std::size_t length = 0;
 };
 
-// The page holding `offset`; no bytes when the seek to it fails.
-PageView fetch_page(DlStream& stream, std::uint64_t offset) {
+// The page holding `offset` when it is not the cached one: the caller's
+// memory, or a page read into the cache; no bytes when the seek fails.
+[[gnu::noinline]] PageView fetch_page_slow(DlStream& stream, std::uint64_t offset) {
     const std::uint64_t number = offset / FILE_PAGE_SIZE;
     if (stream.memory != nullptr) {
         // Beyond what a file offset can name, as a seek of a file would fail.
@@ -37,21 +39,44 @@ PageView fetch_page(DlStream& stream, std::uint64_t offset) {
         return {stream.memory + start, static_cast<std::size_t>(left < FILE_PAGE_SIZE ? left : FILE_PAGE_SIZE)};
     }
     if (stream.file == nullptr || stream.cache == nullptr) return {};
-    FilePage& page = stream.cache->pages[number % FILE_PAGE_COUNT];
-    if (page.generation != stream.generation || page.number != number) {
+    PageCache& cache = *stream.cache;
+    FilePage* page = &cache.pages[number & (cache.in_use - 1)];
+    if (page->generation != stream.generation || page->number != number) {
+        if (cache.in_use < FILE_PAGE_COUNT &&
+            std::find(cache.replaced.begin(), cache.replaced.end(), number + 1) != cache.replaced.end()) {
+            // Read again soon after it was replaced: the walk needs more pages.
+            cache.in_use *= 2;
+            cache.replaced.fill(0);
+            page = &cache.pages[number & (cache.in_use - 1)];
+        }
         if (!seek_to(stream.file, number * FILE_PAGE_SIZE)) return {};
-        page.generation = stream.generation;
-        page.number = number;
-        page.length = std::fread(page.bytes.data(), 1, FILE_PAGE_SIZE, stream.file);
+        if (page->generation == stream.generation) {
+            cache.replaced[cache.next_replaced] = page->number + 1;
+            cache.next_replaced = (cache.next_replaced + 1) % FILE_PAGES_REPLACED;
+        }
+        page->generation = stream.generation;
+        page->number = number;
+        page->length = std::fread(page->bytes.data(), 1, FILE_PAGE_SIZE, stream.file);
         std::clearerr(stream.file);
     }
-    return {page.bytes.data(), page.length};
+    return {page->bytes.data(), page->length};
+}
+
+// The page holding `offset`; no bytes when the seek to it fails. A page the
+// file's cache holds is taken at once, inline.
+inline PageView fetch_page(DlStream& stream, std::uint64_t offset) {
+    if (stream.memory == nullptr && stream.file != nullptr && stream.cache != nullptr) {
+        const std::uint64_t number = offset / FILE_PAGE_SIZE;
+        const FilePage& page = stream.cache->pages[number & (stream.cache->in_use - 1)];
+        if (page.generation == stream.generation && page.number == number) return {page.bytes.data(), page.length};
+    }
+    return fetch_page_slow(stream, offset);
 }
 
 // Readies the stream for a new input: a fresh generation of its pages.
 int begin_input(DlStream& stream) {
     if (stream.cache == nullptr) {
-        stream.cache.reset(new (std::nothrow) PageCache);
+        stream.cache = make_zeroed<PageCache>();
         if (stream.cache == nullptr) return 0;
         stream.generation = 0;
     }
@@ -60,6 +85,8 @@ int begin_input(DlStream& stream) {
         for (FilePage& page : stream.cache->pages) page.generation = 0;
         stream.generation = 1;
     }
+    stream.cache->in_use = FILE_PAGES_FIRST;
+    stream.cache->replaced.fill(0);
     stream.error = nullptr;
     stream.error_offset = 0;
     return 1;

@@ -17,17 +17,26 @@
 #include <memory>
 
 #include "base/console.h"
+#include "base/zeroed.h"
 
 namespace ugf {
 
 // Pages of 64 KiB: a walk through a large file reads it in few system calls.
 inline constexpr std::size_t FILE_PAGE_SIZE = 65536;
-inline constexpr std::size_t FILE_PAGE_COUNT = 32;  // 2 MiB of cache
+inline constexpr std::size_t FILE_PAGE_COUNT = 32;  // 2 MiB of cache at most
+// Every page of memory the cache fills costs a fault the first time (about
+// 2 us, as much as converting a dozen rows), so the cache begins with few
+// pages: a walk in storage order reads the file front by front, and a few
+// pages used again serve it. A page read again soon after it was replaced
+// shows that the walk needs more: the pages in use then double.
+inline constexpr std::size_t FILE_PAGES_FIRST = 4;
+inline constexpr std::size_t FILE_PAGES_REPLACED = 32;  // replaced page numbers remembered
 
-// A direct-mapped cache of file pages. Each entry remembers which opening of
-// the stream (its generation) and which page it holds, and how many bytes of
-// the page the file has: a page shorter than FILE_PAGE_SIZE is the end of
-// the file.
+// A direct-mapped cache of file pages: page n goes to entry n modulo the
+// entries in use. Each entry remembers which opening of the stream (its
+// generation) and which page it holds, and how many bytes of the page the
+// file has: a page shorter than FILE_PAGE_SIZE is the end of the file.
+// All zero is an empty cache.
 struct FilePage {
     std::uint32_t generation = 0;
     std::uint64_t number = 0;
@@ -37,6 +46,10 @@ struct FilePage {
 
 struct PageCache {
     std::array<FilePage, FILE_PAGE_COUNT> pages;
+    std::size_t in_use = 0;  // entries in use, a power of two (FILE_PAGES_FIRST after an opening)
+    // 1 + the numbers of recently replaced pages (0: none), in a ring.
+    std::array<std::uint64_t, FILE_PAGES_REPLACED> replaced;
+    std::size_t next_replaced = 0;
 };
 
 // The input of a session: a file or bytes in memory, with its page cache and
@@ -47,7 +60,7 @@ struct DlStream {
     std::uint64_t memory_size = 0;
     int is_open = 0;
     std::uint32_t generation = 0;  // tags this opening's pages in the cache
-    std::unique_ptr<PageCache> cache;
+    ZeroedPtr<PageCache> cache;
     Console console{};
     // The last read that failed: its error line and the offset of the byte.
     const char* error = nullptr;

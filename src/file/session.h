@@ -82,10 +82,10 @@ struct DlSession {
     DlStream dl_stream{};
     // The scan of the reading just read; each reading overwrites it, and its
     // row and dump are written before the next slot is read.
-    std::unique_ptr<ScanStore> scan_store;
+    ZeroedPtr<ScanStore> scan_store;
     // The text of the last velocity reading (make_velocity_text).
     char velocity_text[VELOCITY_TEXT_SIZE] = {};
-    std::unique_ptr<SessionMemos> memos;
+    ZeroedPtr<SessionMemos> memos;
 };
 
 // Opens and decodes the datalogger file, as the converter does: the file is

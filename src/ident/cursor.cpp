@@ -233,6 +233,34 @@ void cursor_stepper_step(IdCursor& cursor, const CursorStepper& stepper) {
     }
 }
 
+void cursor_stepper_step(IdCursor& cursor, const CursorStepper& stepper, ZigzagMemo& memo) {
+    if (stepper.kind != 2 || stepper.count < 2) {
+        cursor_stepper_step(cursor, stepper);
+        return;
+    }
+    // zigzag_step's direction of the first dimension, and its first try.
+    const int rest = stepper.count - 1;
+    bool same = memo.valid;
+    for (int i = 0; i < rest; ++i) same = same && memo.above[i] == cursor.dim_position[stepper.number[i + 1] - 1];
+    if (!same) {
+        std::uint64_t above = 0;
+        for (int i = 0; i < rest; ++i) {
+            memo.above[i] = cursor.dim_position[stepper.number[i + 1] - 1];
+            above += bits(memo.above[i]);
+        }
+        const std::int64_t direction = (above & 1u) != 0 ? -1 : 1;
+        memo.delta = stepper.backward ? -direction : direction;
+        memo.valid = true;
+    }
+    const int d = stepper.number[0] - 1;
+    const std::int64_t moved = from_bits(bits(cursor.dim_position[d]) + bits(memo.delta));
+    if (moved >= 0 && moved < cursor.dim_size[d]) {
+        cursor.dim_position[d] = moved;
+        return;
+    }
+    cursor_stepper_step(cursor, stepper);
+}
+
 // The dimensions in use come first, each of at least one position, and the
 // box has fewer than 2^32 points: each storage index below that names one
 // point, the mixed-radix digits that the seek's divisions take out.
@@ -257,7 +285,7 @@ bool cursor_at_index(const IdCursor& cursor, std::int64_t index) {
     // the walk's positions are in the box almost always.
     const auto& p = cursor.dim_position;
     const auto& s = cursor.dim_size;
-    const auto below = [&](int d) { return static_cast<unsigned>(bits(p[d]) < (s[d] == 0 ? 1u : bits(s[d]))); };
+    const auto below = [&](int d) -> unsigned { return bits(p[d]) < (s[d] == 0 ? 1u : bits(s[d])) ? 1u : 0u; };
     return (below(0) & below(1) & below(2) & below(3)) != 0 && cursor_flat_index(cursor) == index;
 }
 

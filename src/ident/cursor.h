@@ -66,6 +66,19 @@ CursorStepper cursor_stepper(std::uint8_t first_inc, std::uint8_t second_inc, st
 // The step cursor_walk takes with the fields the stepper was made from.
 void cursor_stepper_step(IdCursor& cursor, const CursorStepper& stepper);
 
+// The way the first dimension of a zigzag moves, a function of the
+// positions of the dimensions after it in the order (their sum's parity),
+// kept with those positions: while they stay, as they do for all but one
+// step of each run of the first dimension, the step needs only its move.
+struct ZigzagMemo {
+    bool valid = false;
+    std::int64_t above[3] = {};  // positions of the order's dimensions 2 to 4
+    std::int64_t delta = 0;      // the first dimension's move
+};
+// The same step, with the caller's memo (which any cursor may use: it is
+// checked against the positions at every step).
+void cursor_stepper_step(IdCursor& cursor, const CursorStepper& stepper, ZigzagMemo& memo);
+
 // Whether a seek to `index` would leave the positions as they are: the box
 // is regular (regular_box) and the positions lie inside it and make `index`.
 // Unused dimensions must stand at 0. Cheaper than the seek's divisions.

@@ -355,9 +355,11 @@ std::size_t id_spec_walk_compose(IdSpec& id_spec, WalkTexts& texts, std::int32_t
     if (!texts.head_valid || texts.head_position[0] != p[1] || texts.head_position[1] != p[2]) {
         // The layouts of ranges show the prefix and dimensions 2, 1 and 0.
         std::size_t n = append_at(texts.head, 0, id_spec.prefix);
+        // The kept parts are the walk's own memo: the table of recent texts
+        // would only be written (and its pages touched) for texts the walk
+        // keeps anyway.
         for (int d = 2; d >= 1; --d) {
-            id_dimension_refresh(id_spec.dims[d], file_type, dimension_offset(id_spec, d),
-                                 id_spec.recent_texts);
+            id_dimension_refresh(id_spec.dims[d], file_type, dimension_offset(id_spec, d), nullptr);
             n = append_at(texts.head, n, id_spec.dims[d].current_text);
         }
         texts.head_length = n;
@@ -372,7 +374,7 @@ std::size_t id_spec_walk_compose(IdSpec& id_spec, WalkTexts& texts, std::int32_t
         const auto k = static_cast<std::size_t>(p[0]);
         char* kept = texts.first_texts[k];
         if (texts.known[k] == 0) {
-            id_dimension_refresh(first, file_type, dimension_offset(id_spec, 0), id_spec.recent_texts);
+            id_dimension_refresh(first, file_type, dimension_offset(id_spec, 0), nullptr);
             std::memcpy(kept, first.current_text, ID_TEXT_SIZE);
             texts.known[k] = static_cast<std::uint8_t>(std::strlen(kept) + 1);
         } else {

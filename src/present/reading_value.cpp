@@ -46,12 +46,19 @@ bool note_cell_text(const DlSession& session, std::uint32_t mask, char* out, std
 
 std::size_t thickness_text(char* out, const ReadingRecord& reading, int layout, std::uint32_t meas_mode,
                            const char* velocity_cell) {
+    return thickness_text_form(
+        out, reading, length_form(units(reading), resolution(reading), static_cast<DigitLayout>(layout), 0, meas_mode),
+        velocity_cell);
+}
+
+std::size_t thickness_text_form(char* out, const ReadingRecord& reading, const LengthForm& form,
+                                const char* velocity_cell) {
     out[0] = '\0';
     if (record_type(reading) == RECORD_EMPTY) return 0;
     // The value as "%s" would print it into NUMBER_TEXT_SIZE bytes.
     if (los(reading) != 0) {
         TextBuilder text(out, NUMBER_TEXT_SIZE);
-        text.put(layout == LAYOUT_PRECISION ? std::string_view("-.---") : std::string_view("--.---"));
+        text.put(form.layout == LAYOUT_PRECISION ? std::string_view("-.---") : std::string_view("--.---"));
         return text.len;
     }
     if (velocity_cell != nullptr) {
@@ -59,8 +66,8 @@ std::size_t thickness_text(char* out, const ReadingRecord& reading, int layout, 
         text.put(velocity_cell);
         return text.len;
     }
-    return format_thickness(out, NUMBER_TEXT_SIZE, thickness_length(reading), units(reading), resolution(reading),
-                            static_cast<DigitLayout>(layout), 0, meas_mode);
+    static_assert(NUMBER_TEXT_SIZE >= 16);  // format_thickness's one-word way
+    return format_length(out, thickness_length(reading), form);
 }
 
 void thickness_cell_text(ThicknessCell& cell, const ReadingRecord& reading, int comma, int layout,

@@ -46,6 +46,10 @@ int print_thickness_cell(const ReadingRecord& reading, CsvSink& sink, int comma,
 // bytes); returns its length.
 std::size_t thickness_text(char* out, const ReadingRecord& reading, int layout, std::uint32_t meas_mode,
                            const char* velocity_cell);
+// The same with the reading's kind of length chosen: `form` of its units,
+// resolution and setup's measurement mode in the layout, doubling 0.
+std::size_t thickness_text_form(char* out, const ReadingRecord& reading, const LengthForm& form,
+                                const char* velocity_cell);
 
 // The text that print_thickness_cell writes, into `cell`.
 using ThicknessCell = std::array<char, NUMBER_TEXT_SIZE + 1>;

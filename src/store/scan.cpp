@@ -192,13 +192,6 @@ int read_bscan(DlSession& session, std::uint64_t offset, ScanStore& store) {
     return got == bytes ? 1 : 0;
 }
 
-BscanPoint bscan_point(const ScanStore& store, std::size_t i) {
-    if (i >= BSCAN_POINTS_MAX) return {};
-    const std::uint8_t* p = store.bscan_points.data() + i * BSCAN_POINT_SIZE;
-    return {static_cast<std::uint16_t>(p[0] | (p[1] << 8)),
-            static_cast<std::uint16_t>(p[2] | (p[3] << 8))};
-}
-
 int read_reading(DlSession& session, std::int64_t storage_index, ReadingRecord& reading,
                  ScanStore& store, int load_bscan_points) {
     const std::uint64_t slot = reading_slot_offset(session, storage_index);

@@ -57,7 +57,11 @@ int read_byte_pairs(DlStream& stream, std::uint64_t offset, SampleStore& samples
                     std::uint16_t byte_count);
 
 // Point i of the store (i below 10000).
-BscanPoint bscan_point(const ScanStore& store, std::size_t i);
+inline BscanPoint bscan_point(const ScanStore& store, std::size_t i) {
+    if (i >= BSCAN_POINTS_MAX) return {};
+    const std::uint8_t* p = store.bscan_points.data() + i * BSCAN_POINT_SIZE;
+    return {static_cast<std::uint16_t>(p[0] | (p[1] << 8)), static_cast<std::uint16_t>(p[2] | (p[3] << 8))};
+}
 
 // display_flags of a thickness gauge A-scan.
 inline std::uint32_t rect_index(const AscanRecord& a) { return word_bits(a.display_flags, 14, 2); }

@@ -118,7 +118,7 @@ void point_walk_advance(DlSession& session, PointWalk& walk) {
     // texts of the next point are worked out when its identifier is
     // composed, from its storage index.
     // (id_spec_step's move, with the stepper made at the beginning.)
-    cursor_stepper_step(session.id_spec.cursor, walk.stepper);
+    cursor_stepper_step(session.id_spec.cursor, walk.stepper, walk.zigzag);
     const std::int64_t next = cursor_flat_index(session.id_spec.cursor);
     walk.storage_index = static_cast<std::uint32_t>(static_cast<std::uint64_t>(next));
 }

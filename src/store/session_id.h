@@ -45,6 +45,7 @@ struct PointWalk {
     bool stored_ids = false;
     // The step of the walk pattern, made once.
     CursorStepper stepper{};
+    ZigzagMemo zigzag{};
     // Whether a seek within the box gives back the positions it came from
     // (regular_box): then a cursor that stands at the storage index needs none.
     bool regular = false;

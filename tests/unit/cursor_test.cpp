@@ -193,5 +193,32 @@ TEST(CursorWalk, NamedZigzagFormsSkipEmptyFields) {
 }
 
 
+// The memo of the first dimension's move changes no step: random boxes
+// (sizes of 0 to 5, damaged ones of -1 and 0), every zigzag order of the
+// fields in both directions, and positions thrown anywhere now and then.
+TEST(CursorWalk, ZigzagMemoStepsAsTheZigzag) {
+    std::uint64_t seed = 7;
+    auto next = [&seed](int n) {
+        seed = seed * 6364136223846793005ull + 1442695040888963407ull;
+        return static_cast<int>((seed >> 33) % static_cast<std::uint64_t>(n));
+    };
+    for (int round = 0; round < 3000; ++round) {
+        IdCursor plain = box(next(7) - 1, next(7) - 1, next(7) - 1, next(7) - 1);
+        const auto field = [&] { return static_cast<std::uint8_t>(next(6)); };
+        const CursorStepper stepper = cursor_stepper(field(), field(), field(), 2 + next(2), TYPE_4D_MANUAL, field());
+        ZigzagMemo memo;
+        IdCursor fast = plain;
+        for (int step = 0; step < 200; ++step) {
+            if (next(40) == 0) {
+                for (auto& p : plain.dim_position) p = next(8) - 1;
+                fast.dim_position = plain.dim_position;
+            }
+            cursor_stepper_step(plain, stepper);
+            cursor_stepper_step(fast, stepper, memo);
+            ASSERT_EQ(fast.dim_position, plain.dim_position) << round << " " << step;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace ugf
