@@ -78,8 +78,8 @@ std::size_t first_value_text(char* out, const DlSession& session, const ReadingR
                 text.put(std::string_view(LOST_VALUE));
             } else {
                 char digits[NUMBER_TEXT_SIZE];
-                const std::size_t n = format_thickness(digits, sizeof digits, static_cast<std::int32_t>(f), units(reading),
-                                                       resolution(reading), LAYOUT_STANDARD, 0, mode);
+                const std::size_t n = format_length(digits, static_cast<std::int32_t>(f),
+                                                    length_form(units(reading), resolution(reading), LAYOUT_STANDARD, 0, mode));
                 text.put(n != 0 ? std::string_view(digits + 1, n - 1) : std::string_view());
             }
             return text.len;
@@ -88,8 +88,8 @@ std::size_t first_value_text(char* out, const DlSession& session, const ReadingR
                 text.put(std::string_view(LOST_OXIDE));
                 return text.len;
             }
-            return format_thickness(out, NUMBER_TEXT_SIZE, static_cast<std::int32_t>(f), units(reading),
-                                    resolution(reading), LAYOUT_PRECISION, 0, mode);
+            return format_length(out, static_cast<std::int32_t>(f),
+                                 length_form(units(reading), resolution(reading), LAYOUT_PRECISION, 0, mode));
         default:  // temperature, whatever the signal
             format_temperature(out, NUMBER_TEXT_SIZE, static_cast<std::int32_t>(f), units(reading) == 1 ? 1u : 0u);
             return std::strlen(out);
@@ -110,8 +110,7 @@ std::size_t difference_text(char* out, const DlSession& session, const ReadingRe
     const std::int32_t d = static_cast<std::int32_t>(
         static_cast<std::uint32_t>(thickness_length(reading)) - setup.diff_reference);
     if (diff_type(setup) == 1) {
-        return format_thickness(out, NUMBER_TEXT_SIZE, d, units(setup), resolution(setup), pair_layout(session), 0,
-                                meas_mode(setup));
+        return format_length(out, d, length_form(units(setup), resolution(setup), pair_layout(session), 0, meas_mode(setup)));
     }
     if (setup.diff_reference == 0) return 0;  // no percentage of nothing
     const std::int32_t percent =

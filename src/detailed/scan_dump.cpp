@@ -420,7 +420,60 @@ int write_bscan_dump(const DlSession& session, const ReadingRecord& reading,
     char rows[POINT_ROWS_SIZE];
     std::size_t used = 0;
     PointIndex index;
-    for (std::size_t i = 0; i < store.bscan.point_count; ++i) {
+    const std::size_t count = std::min<std::size_t>(store.bscan.point_count, BSCAN_POINTS_MAX);
+    std::size_t longest_tail = 0;
+    for (const auto& by_mark : tails.length) longest_tail = std::max({longest_tail, by_mark[0], by_mark[1], by_mark[2]});
+    const bool whole_rows = longest_tail <= SHORT_TAIL &&
+                            sizeof index.text + (NUMBER_TEXT_SIZE - 1) + SHORT_TAIL + 2 < LINE_BUFFER_SIZE;
+    if (whole_rows) {
+        // Every row fits its line whatever its index and value: each is
+        // written in place, with whole-buffer copies, from the point's two
+        // words. The alarm, minimum and maximum bits (10 to 14 of the
+        // first word) choose the tail at once; the form and the rest stay
+        // in registers, which the row's stores would not let the loop
+        // assume of fields in memory.
+        char tail_text[32][SHORT_TAIL];
+        std::uint8_t tail_length[32];
+        for (std::uint32_t bits = 0; bits < 32; ++bits) {
+            const std::uint32_t alarm = bits >> 2;
+            const std::uint32_t mark = (bits & 2) != 0 ? 1 : (bits & 1) != 0 ? 2 : 0;
+            std::memcpy(tail_text[bits], tails.text[alarm][mark], SHORT_TAIL);
+            tail_length[bits] = static_cast<std::uint8_t>(tails.length[alarm][mark]);
+        }
+        const LengthForm form = f.length;
+        const bool shown = f.units <= 1;  // other units show no value
+        const std::uint32_t scale = f.units != 0 ? 10u : 1u;
+        const std::int32_t empty = f.units == 0 ? POINT_EMPTY_IN : POINT_EMPTY_MM;
+        const std::uint8_t* points = store.bscan_points.data();
+        for (std::size_t i = 0; i < count; ++i) {
+            const BscanPoint p = {static_cast<std::uint16_t>(points[0] | (points[1] << 8)),
+                                  static_cast<std::uint16_t>(points[2] | (points[3] << 8))};
+            points += BSCAN_POINT_SIZE;
+            index.advance();
+            char* row = rows + used;
+            *row++ = ',';
+            std::memcpy(row, index.text, sizeof index.text);
+            row += index.length;
+            *row++ = ',';
+            if (point_lost(p) != 0) {
+                std::memcpy(row, "--.---", 6);
+                row += 6;
+            } else {
+                const std::int32_t m = static_cast<std::int32_t>(point_magnitude(p) * scale);
+                const std::int32_t v = point_negative(p) != 0 ? -m : m;
+                if (shown && v != empty) row += format_length(row, v, form);
+            }
+            const std::uint32_t bits = word_bits(p.first, 10, 5);
+            std::memcpy(row, tail_text[bits], SHORT_TAIL);
+            used = static_cast<std::size_t>(row + tail_length[bits] - rows);
+            if (sizeof rows - used < LINE_BUFFER_SIZE) {
+                if (csv_write(std::string_view(rows, used), sink) == 0) return 0;
+                used = 0;
+            }
+        }
+    }
+    // Any other row, and points past the store (none, once read), one by one.
+    for (std::size_t i = whole_rows ? count : 0; i < store.bscan.point_count; ++i) {
         const BscanPoint p = bscan_point(store, i);
         index.advance();
         const std::uint32_t alarm = point_alarm(p);

@@ -26,8 +26,9 @@ struct PageView {
     std::size_t length = 0;
 };
 
-// The page holding `offset` when it is not the cached one: the caller's
-// memory, or a page read into the cache; no bytes when the seek fails.
+// The page holding `offset` when it is not the last one taken: the caller's
+// memory, or a page of the cache, read into it when it isn't there; no
+// bytes when the seek fails.
 [[gnu::noinline]] PageView fetch_page_slow(DlStream& stream, std::uint64_t offset) {
     const std::uint64_t number = offset / FILE_PAGE_SIZE;
     if (stream.memory != nullptr) {
@@ -40,53 +41,68 @@ struct PageView {
     }
     if (stream.file == nullptr || stream.cache == nullptr) return {};
     PageCache& cache = *stream.cache;
-    FilePage* page = &cache.pages[number & (cache.in_use - 1)];
-    if (page->generation != stream.generation || page->number != number) {
+    // Page n has two entries: its home, n modulo the entries in use, and
+    // the home's partner in the other half. Doubling the entries in use
+    // keeps every home a page had within its new two.
+    const std::size_t home = static_cast<std::size_t>(number & (cache.in_use - 1));
+    std::size_t entry = home;
+    if (cache.held[entry] != number + 1) entry = home ^ (cache.in_use / 2);
+    if (cache.held[entry] != number + 1) {
         if (cache.in_use < FILE_PAGE_COUNT &&
             std::find(cache.replaced.begin(), cache.replaced.end(), number + 1) != cache.replaced.end()) {
             // Read again soon after it was replaced: the walk needs more pages.
             cache.in_use *= 2;
-            cache.replaced.fill(0);
-            page = &cache.pages[number & (cache.in_use - 1)];
+        }
+        // The page goes home, as in a direct-mapped cache (which keeps most
+        // of a walk that cycles over more pages than the cache holds),
+        // unless the page there was taken among the last few moves of the
+        // reads: then to the one of its two entries whose last read is the
+        // older.
+        entry = static_cast<std::size_t>(number & (cache.in_use - 1));
+        const std::size_t partner = entry ^ (cache.in_use / 2);
+        if (cache.held[entry] != 0 && cache.clock - cache.used[entry] < FILE_PAGES_RECENT &&
+            cache.used[partner] < cache.used[entry]) {
+            entry = partner;
         }
         if (!seek_to(stream.file, number * FILE_PAGE_SIZE)) return {};
-        if (page->generation == stream.generation) {
-            cache.replaced[cache.next_replaced] = page->number + 1;
+        if (cache.held[entry] != 0) {
+            cache.replaced[cache.next_replaced] = cache.held[entry];
             cache.next_replaced = (cache.next_replaced + 1) % FILE_PAGES_REPLACED;
         }
-        page->generation = stream.generation;
-        page->number = number;
-        page->length = std::fread(page->bytes.data(), 1, FILE_PAGE_SIZE, stream.file);
+        cache.held[entry] = number + 1;
+        cache.length[entry] = std::fread(cache.pages[entry].data(), 1, FILE_PAGE_SIZE, stream.file);
         std::clearerr(stream.file);
     }
-    return {page->bytes.data(), page->length};
+    cache.used[entry] = ++cache.clock;
+    cache.last = entry;
+    return {cache.pages[entry].data(), cache.length[entry]};
 }
 
-// The page holding `offset`; no bytes when the seek to it fails. A page the
-// file's cache holds is taken at once, inline.
+// The page holding `offset`; no bytes when the seek to it fails. The page of
+// the last read is taken at once, inline.
 inline PageView fetch_page(DlStream& stream, std::uint64_t offset) {
     if (stream.memory == nullptr && stream.file != nullptr && stream.cache != nullptr) {
-        const std::uint64_t number = offset / FILE_PAGE_SIZE;
-        const FilePage& page = stream.cache->pages[number & (stream.cache->in_use - 1)];
-        if (page.generation == stream.generation && page.number == number) return {page.bytes.data(), page.length};
+        const PageCache& cache = *stream.cache;
+        if (cache.held[cache.last] == offset / FILE_PAGE_SIZE + 1) {
+            return {cache.pages[cache.last].data(), cache.length[cache.last]};
+        }
     }
     return fetch_page_slow(stream, offset);
 }
 
-// Readies the stream for a new input: a fresh generation of its pages.
+// Readies the stream for a new input: an empty cache.
 int begin_input(DlStream& stream) {
     if (stream.cache == nullptr) {
         stream.cache = make_zeroed<PageCache>();
         if (stream.cache == nullptr) return 0;
-        stream.generation = 0;
     }
-    if (++stream.generation == 0) {
-        // After 2^32 openings the tags start again: forget every page.
-        for (FilePage& page : stream.cache->pages) page.generation = 0;
-        stream.generation = 1;
-    }
-    stream.cache->in_use = FILE_PAGES_FIRST;
-    stream.cache->replaced.fill(0);
+    PageCache& cache = *stream.cache;
+    cache.held.fill(0);
+    cache.clock = 0;
+    cache.last = 0;
+    cache.used.fill(0);
+    cache.in_use = FILE_PAGES_FIRST;
+    cache.replaced.fill(0);
     stream.error = nullptr;
     stream.error_offset = 0;
     return 1;

@@ -30,26 +30,33 @@ inline constexpr std::size_t FILE_PAGE_COUNT = 32;  // 2 MiB of cache at most
 // pages used again serve it. A page read again soon after it was replaced
 // shows that the walk needs more: the pages in use then double.
 inline constexpr std::size_t FILE_PAGES_FIRST = 4;
-inline constexpr std::size_t FILE_PAGES_REPLACED = 32;  // replaced page numbers remembered
+inline constexpr std::size_t FILE_PAGES_REPLACED = 64;  // replaced page numbers remembered
+// A page taken within this many moves of the reads from page to page is
+// not replaced: another entry is.
+inline constexpr std::uint64_t FILE_PAGES_RECENT = 4;
 
-// A direct-mapped cache of file pages: page n goes to entry n modulo the
-// entries in use. Each entry remembers which opening of the stream (its
-// generation) and which page it holds, and how many bytes of the page the
-// file has: a page shorter than FILE_PAGE_SIZE is the end of the file.
-// All zero is an empty cache.
-struct FilePage {
-    std::uint32_t generation = 0;
-    std::uint64_t number = 0;
-    std::size_t length = 0;
-    std::array<std::uint8_t, FILE_PAGE_SIZE> bytes;
-};
-
+// A cache of file pages. Page n goes to its home entry, n modulo the
+// entries in use, as in a direct-mapped cache, which keeps most of a walk
+// that cycles over more pages than the cache holds; but when the page at
+// home was taken within the last few moves of the reads from page to page,
+// the new page goes to the home's partner in the other half of the entries
+// instead, if that was taken less recently. A walk that comes back to one
+// page between reads of many others (the slot table's page between the
+// B-scans, say) so keeps it. Each entry has the number of the page it holds
+// and how many bytes of the page the file has: a page shorter than
+// FILE_PAGE_SIZE is the end of the file. The small tables come first, so
+// that a look-up touches none of the pages. All zero is an empty cache.
 struct PageCache {
-    std::array<FilePage, FILE_PAGE_COUNT> pages;
-    std::size_t in_use = 0;  // entries in use, a power of two (FILE_PAGES_FIRST after an opening)
+    std::array<std::uint64_t, FILE_PAGE_COUNT> held;  // 1 + the page number of each entry (0: none)
+    std::array<std::size_t, FILE_PAGE_COUNT> length;
+    std::array<std::uint64_t, FILE_PAGE_COUNT> used;  // the clock when the reads last moved to each entry
+    std::uint64_t clock = 0;  // counts the moves of the reads from one page to another
+    std::size_t last = 0;     // the entry of the last read: most reads take the same page again
+    std::size_t in_use = 0;   // entries in use, a power of two (FILE_PAGES_FIRST after an opening)
     // 1 + the numbers of recently replaced pages (0: none), in a ring.
     std::array<std::uint64_t, FILE_PAGES_REPLACED> replaced;
     std::size_t next_replaced = 0;
+    std::array<std::array<std::uint8_t, FILE_PAGE_SIZE>, FILE_PAGE_COUNT> pages;
 };
 
 // The input of a session: a file or bytes in memory, with its page cache and
@@ -59,7 +66,6 @@ struct DlStream {
     const std::uint8_t* memory = nullptr;  // the caller's bytes, when the input is in memory
     std::uint64_t memory_size = 0;
     int is_open = 0;
-    std::uint32_t generation = 0;  // tags this opening's pages in the cache
     ZeroedPtr<PageCache> cache;
     Console console{};
     // The last read that failed: its error line and the offset of the byte.

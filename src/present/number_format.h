@@ -232,7 +232,7 @@ inline LengthForm length_form(std::uint32_t units, std::uint32_t resolution, Dig
 }
 
 // format_thickness of `value` in the form, into `out` of at least 16 bytes.
-inline std::size_t format_length(char* out, std::int32_t value, const LengthForm& f) {
+[[gnu::always_inline]] inline std::size_t format_length(char* out, std::int32_t value, const LengthForm& f) {
     const bool negative = value < 0;
     std::uint32_t a = negative ? 0u - static_cast<std::uint32_t>(value) : static_cast<std::uint32_t>(value);
     a <<= f.shift;

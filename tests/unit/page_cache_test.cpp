@@ -1,7 +1,8 @@
 // The page cache of a file input: whatever order the fields are read in
 // (one front, fronts whose pages share an entry, a cycle over more pages
-// than the cache holds, jumps), every read gives the file's bytes, and a
-// read at or past the end fails with its error line.
+// than the cache holds, one page between the reads of many, jumps), every
+// read gives the file's bytes, and a read at or past the end fails with its
+// error line; a stream opened again gives the new file's bytes.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -14,7 +15,9 @@
 namespace ugf {
 namespace {
 
-std::uint8_t byte_at(std::uint64_t offset) { return static_cast<std::uint8_t>((offset * 2654435761u) >> 13); }
+std::uint8_t byte_at(std::uint64_t offset, std::uint64_t seed = 0) {
+    return static_cast<std::uint8_t>(((offset + seed) * 2654435761u) >> 13);
+}
 
 TEST(PageCache, EveryOrderOfReadsGivesTheFilesBytes) {
     const std::uint64_t size = 40 * FILE_PAGE_SIZE + 1000;
@@ -27,7 +30,7 @@ TEST(PageCache, EveryOrderOfReadsGivesTheFilesBytes) {
     const std::uint64_t P = FILE_PAGE_SIZE;
     // Each order is a list of offsets; the read at each is a u32 when it
     // fits before the end of the file, and a byte after it.
-    std::vector<std::vector<std::uint64_t>> orders(5);
+    std::vector<std::vector<std::uint64_t>> orders(6);
     for (std::uint64_t i = 0; i < size; i += 1001) orders[0].push_back(i);  // one front
     for (std::uint64_t i = 0; i < 3000; ++i) {
         orders[1].push_back(i * 7);                                      // the table at page 0
@@ -35,6 +38,7 @@ TEST(PageCache, EveryOrderOfReadsGivesTheFilesBytes) {
         orders[2].push_back((i % 41) * P + i);                           // a cycle over every page
         orders[3].push_back((i * 2654435761u) % (size + 9));             // jumps, past the end too
         orders[4].push_back(i % 2 == 0 ? P - 2 + (i % 5) : size - 3 + (i % 7));  // across pages and the end
+        orders[5].push_back(i % 3 == 0 ? i : 2 * P + i * 997);                   // page 0 between blocks
     }
     for (const auto& order : orders) {
         DlStream stream;
@@ -55,6 +59,24 @@ TEST(PageCache, EveryOrderOfReadsGivesTheFilesBytes) {
         }
         dl_close(stream);
     }
+    // The same stream on another file of other bytes: no page of the first
+    // answers for it.
+    const std::string other = testing::TempDir() + "page_cache_test_2.bin";
+    out = std::fopen(other.c_str(), "wb");
+    ASSERT_NE(out, nullptr);
+    for (std::uint64_t i = 0; i < 5 * P; ++i) std::fputc(byte_at(i, 77), out);
+    std::fclose(out);
+    DlStream stream;
+    for (const std::string* file : {&path, &other, &path}) {
+        ASSERT_EQ(dl_open_read_only(stream, file->c_str()), 1);
+        const std::uint64_t seed = file == &other ? 77 : 0;
+        for (std::uint64_t offset = 0; offset < 5 * P; offset += 4099) {
+            int ok = 0;
+            ASSERT_EQ(read_u8(stream, offset, &ok), byte_at(offset, seed)) << offset;
+        }
+    }
+    dl_close(stream);
+    std::remove(other.c_str());
     std::remove(path.c_str());
 }
 
