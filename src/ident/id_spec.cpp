@@ -404,13 +404,6 @@ const char* elevation_unit_text(std::int64_t elevation_unit) {
     }
 }
 
-std::int64_t id_spec_step(IdSpec& id_spec, std::uint8_t first_inc, std::uint8_t second_inc,
-                          std::uint8_t third_inc, std::int32_t walk_pattern,
-                          std::int32_t file_type, std::uint8_t fourth_inc) {
-    cursor_walk(id_spec.cursor, first_inc, second_inc, third_inc, walk_pattern, file_type, fourth_inc);
-    return cursor_flat_index(id_spec.cursor);
-}
-
 std::int64_t id_spec_advance(IdSpec& id_spec, std::uint8_t first_inc, std::uint8_t second_inc,
                              std::uint8_t third_inc, std::int32_t walk_pattern,
                              std::int32_t file_type, std::uint8_t fourth_inc) {

@@ -135,14 +135,6 @@ std::size_t id_spec_walk_compose(IdSpec& id_spec, WalkTexts& texts, std::int32_t
 // "", "IN", "FT", "MM", "M" for 0 to 4; "" above.
 const char* elevation_unit_text(std::int64_t elevation_unit);
 
-// One step of the walk without refreshing the texts; the new storage index.
-// For walks whose every text is read through session_point_id or
-// session_dimension_text, which move the cursor to the storage index and
-// refresh the texts themselves: a refresh here would be done twice.
-std::int64_t id_spec_step(IdSpec& id_spec, std::uint8_t first_inc, std::uint8_t second_inc,
-                          std::uint8_t third_inc, std::int32_t walk_pattern,
-                          std::int32_t file_type, std::uint8_t fourth_inc);
-
 // One step of the walk with the texts refreshed; the new storage index.
 std::int64_t id_spec_advance(IdSpec& id_spec, std::uint8_t first_inc, std::uint8_t second_inc,
                              std::uint8_t third_inc, std::int32_t walk_pattern,

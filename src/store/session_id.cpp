@@ -114,10 +114,10 @@ void point_walk_advance(DlSession& session, PointWalk& walk) {
         ++walk.storage_index;
         return;
     }
-    // The walk steps from the point whose identifier was just composed. The
+    // The walk steps from the point whose identifier was just composed, with
+    // cursor_walk's move made ready at the beginning (the stepper). The
     // texts of the next point are worked out when its identifier is
-    // composed, from its storage index.
-    // (id_spec_step's move, with the stepper made at the beginning.)
+    // composed, from its storage index: refreshing them here would do it twice.
     cursor_stepper_step(session.id_spec.cursor, walk.stepper, walk.zigzag);
     const std::int64_t next = cursor_flat_index(session.id_spec.cursor);
     walk.storage_index = static_cast<std::uint32_t>(static_cast<std::uint64_t>(next));
