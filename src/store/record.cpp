@@ -1,8 +1,10 @@
 #include "store/record.h"
 
 #include <array>
+#include <cmath>
 
 #include "base/console.h"
+#include "base/text_builder.h"
 
 namespace ugf {
 
@@ -81,17 +83,31 @@ int read_record_head(DlSession& session, ReadingRecord& record, std::uint64_t of
     return fill_record_head(session, record, f);
 }
 
-void make_velocity_text(DlSession& session, std::uint32_t velocity, std::uint32_t units) {
+void format_velocity_reading(char* out, std::uint32_t velocity, std::uint32_t units) {
     const float value = static_cast<float>(velocity);
-    char text[32];
+    // What "%.4f" or "%5ld" and then "%.6s" print: at most six characters.
+    TextBuilder text(out, VELOCITY_TEXT_SIZE);
     if (units == 0) {
+        // "%.4f": ten-thousandths rounded from the exact binary value, a tie
+        // to the even one. A float's 24 bits times 10^4 are exact in a
+        // double, and so is the fraction that floor leaves.
         const float inch_per_us = value / 100000.0f;
-        format_text(text, sizeof text, "%.4f", static_cast<double>(inch_per_us));
+        const double scaled = static_cast<double>(inch_per_us) * 10000.0;
+        const double whole = std::floor(scaled);
+        const double fraction = scaled - whole;
+        auto q = static_cast<std::uint64_t>(whole);
+        if (fraction > 0.5 || (fraction == 0.5 && (q & 1u) != 0)) ++q;
+        text.put_int(static_cast<std::int64_t>(q / 10000));
+        text.put('.');
+        text.put_int(static_cast<std::int64_t>(q % 10000), 4, 4);
     } else {
-        const long metres_per_second = truncate_to_i32(static_cast<double>(value) * 0.254);
-        format_text(text, sizeof text, "%5ld", metres_per_second);
+        text.put_int(truncate_to_i32(static_cast<double>(value) * 0.254), 5);
     }
-    format_text(session.velocity_text, sizeof session.velocity_text, "%.6s", text);
+}
+
+void make_velocity_text(DlSession& session, std::uint32_t velocity, std::uint32_t units) {
+    static_assert(sizeof session.velocity_text == VELOCITY_TEXT_SIZE);
+    format_velocity_reading(session.velocity_text, velocity, units);
 }
 
 }  // namespace ugf

@@ -41,6 +41,8 @@ int read_record_head(DlSession& session, ReadingRecord& record, std::uint64_t of
 // into the session's velocity_text: inches per microsecond with four
 // decimals, or metres per second, at most 6 characters.
 void make_velocity_text(DlSession& session, std::uint32_t velocity, std::uint32_t units);
+// The same text into `out` of VELOCITY_TEXT_SIZE bytes.
+void format_velocity_reading(char* out, std::uint32_t velocity, std::uint32_t units);
 
 inline std::uint32_t record_type(std::uint32_t word0) { return word0 >> 29; }
 inline std::uint32_t record_type(const ReadingRecord& r) { return record_type(r.word0); }

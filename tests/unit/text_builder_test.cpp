@@ -13,6 +13,7 @@
 #include "base/labels.h"
 #include "base/text_builder.h"
 #include "present/number_format.h"
+#include "store/record.h"
 
 namespace ugf {
 namespace {
@@ -144,6 +145,22 @@ TEST(OneDecimal, LikeSnprintfForEveryTemperatureAndTie) {
                     std::numeric_limits<float>::infinity(), -std::numeric_limits<float>::infinity(),
                     std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::denorm_min()}) {
         for (std::size_t size : {1u, 3u, 5u, 64u}) ASSERT_EQ(compare_one_decimal(v, size), "");
+    }
+}
+
+// The velocity text against the snprintf formats it replaced, for every
+// stored velocity (20 bits) in both kinds of units.
+TEST(VelocityText, LikeSnprintfForEveryVelocity) {
+    for (std::uint32_t v = 0; v <= 0xFFFFF; ++v) {
+        char wide[32], expected[VELOCITY_TEXT_SIZE], made[VELOCITY_TEXT_SIZE];
+        std::snprintf(wide, sizeof wide, "%.4f", static_cast<double>(static_cast<float>(v) / 100000.0f));
+        std::snprintf(expected, sizeof expected, "%.6s", wide);
+        format_velocity_reading(made, v, 0);
+        ASSERT_STREQ(made, expected) << v;
+        std::snprintf(wide, sizeof wide, "%5ld", static_cast<long>(static_cast<double>(static_cast<float>(v)) * 0.254));
+        std::snprintf(expected, sizeof expected, "%.6s", wide);
+        format_velocity_reading(made, v, 1 + v % 3);
+        ASSERT_STREQ(made, expected) << v;
     }
 }
 
