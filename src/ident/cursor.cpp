@@ -216,6 +216,7 @@ CursorStepper cursor_stepper(std::uint8_t first_inc, std::uint8_t second_inc, st
                                            file_type == FILE_TYPE_4D_MANUAL ? fourth_inc : 0);
         stepper.count = order.count;
         for (int i = 0; i < 4; ++i) stepper.number[i] = order.number[i];
+        for (int i = 1; i < order.count; ++i) stepper.first_alone = stepper.first_alone && order.number[i] != order.number[0];
     }
     return stepper;
 }
@@ -233,15 +234,17 @@ void cursor_stepper_step(IdCursor& cursor, const CursorStepper& stepper) {
     }
 }
 
-void cursor_stepper_step(IdCursor& cursor, const CursorStepper& stepper, ZigzagMemo& memo) {
+bool cursor_stepper_step(IdCursor& cursor, const CursorStepper& stepper, ZigzagMemo& memo, bool holds) {
     if (stepper.kind != 2 || stepper.count < 2) {
         cursor_stepper_step(cursor, stepper);
-        return;
+        return false;
     }
     // zigzag_step's direction of the first dimension, and its first try.
     const int rest = stepper.count - 1;
     bool same = memo.valid;
-    for (int i = 0; i < rest; ++i) same = same && memo.above[i] == cursor.dim_position[stepper.number[i + 1] - 1];
+    if (!(holds && same)) {
+        for (int i = 0; i < rest; ++i) same = same && memo.above[i] == cursor.dim_position[stepper.number[i + 1] - 1];
+    }
     if (!same) {
         std::uint64_t above = 0;
         for (int i = 0; i < rest; ++i) {
@@ -256,9 +259,10 @@ void cursor_stepper_step(IdCursor& cursor, const CursorStepper& stepper, ZigzagM
     const std::int64_t moved = from_bits(bits(cursor.dim_position[d]) + bits(memo.delta));
     if (moved >= 0 && moved < cursor.dim_size[d]) {
         cursor.dim_position[d] = moved;
-        return;
+        return stepper.first_alone;
     }
     cursor_stepper_step(cursor, stepper);
+    return false;
 }
 
 // The dimensions in use come first, each of at least one position, and the

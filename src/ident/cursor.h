@@ -59,6 +59,7 @@ struct CursorStepper {
     bool backward = false;    // of the zigzag
     int count = 0;
     int number[4] = {};       // dimensions, counted from 1, in the order of the fields
+    bool first_alone = true;  // of the zigzag: the first dimension of the order comes only once
 };
 
 CursorStepper cursor_stepper(std::uint8_t first_inc, std::uint8_t second_inc, std::uint8_t third_inc,
@@ -76,8 +77,13 @@ struct ZigzagMemo {
     std::int64_t delta = 0;      // the first dimension's move
 };
 // The same step, with the caller's memo (which any cursor may use: it is
-// checked against the positions at every step).
-void cursor_stepper_step(IdCursor& cursor, const CursorStepper& stepper, ZigzagMemo& memo);
+// checked against the positions at every step, unless `holds` says that the
+// positions above are still those of the memo). True when the step was the
+// memo's move of the first dimension inside its size, where that dimension
+// stands only once in the order: every other position stays as it was, and
+// the memo holds for the next step if the caller moves the cursor in no
+// other way.
+bool cursor_stepper_step(IdCursor& cursor, const CursorStepper& stepper, ZigzagMemo& memo, bool holds = false);
 
 // Whether a seek to `index` would leave the positions as they are: the box
 // is regular (regular_box) and the positions lie inside it and make `index`.

@@ -91,12 +91,13 @@ PointWalk point_walk_begin(DlSession& session) {
     return walk;
 }
 
-std::size_t point_walk_id(DlSession& session, const PointWalk& walk, char* out) {
+std::size_t point_walk_id(DlSession& session, PointWalk& walk, char* out) {
     if (walk.texts != nullptr) {
         // The cursor goes to the storage index as in session_point_id; the
         // step that made the index has usually put it there already.
-        if (!walk.regular || !cursor_at_index(session.id_spec.cursor, walk.storage_index)) {
-            cursor_seek(session.id_spec.cursor, walk.storage_index);
+        if (!walk.at_index) {
+            walk.at_index = walk.regular && cursor_at_index(session.id_spec.cursor, walk.storage_index);
+            if (!walk.at_index) cursor_seek(session.id_spec.cursor, walk.storage_index);
         }
         return id_spec_walk_compose(session.id_spec, *walk.texts, session.file_type, out);
     }
@@ -118,7 +119,11 @@ void point_walk_advance(DlSession& session, PointWalk& walk) {
     // cursor_walk's move made ready at the beginning (the stepper). The
     // texts of the next point are worked out when its identifier is
     // composed, from its storage index: refreshing them here would do it twice.
-    cursor_stepper_step(session.id_spec.cursor, walk.stepper, walk.zigzag);
+    // The memo holds when the last step moved only the first dimension and
+    // the identifier found the cursor where that step put it (no seek).
+    const bool holds = walk.first_only && walk.at_index;
+    walk.first_only = cursor_stepper_step(session.id_spec.cursor, walk.stepper, walk.zigzag, holds);
+    walk.at_index = walk.at_index && walk.first_only;
     const std::int64_t next = cursor_flat_index(session.id_spec.cursor);
     walk.storage_index = static_cast<std::uint32_t>(static_cast<std::uint64_t>(next));
 }

@@ -49,6 +49,15 @@ struct PointWalk {
     // Whether a seek within the box gives back the positions it came from
     // (regular_box): then a cursor that stands at the storage index needs none.
     bool regular = false;
+    // The cursor stands at storage_index inside the regular box (as
+    // cursor_at_index says): set where it is tested, and kept by a step
+    // that moves only the first dimension inside its size, as such a step
+    // keeps every position in the box and makes the index that follows.
+    // Between the calls below nothing but the walk moves the cursor.
+    bool at_index = false;
+    // The last step moved only the first dimension (the zigzag memo holds
+    // while the cursor stays where it put it).
+    bool first_only = false;
     // The parts of the identifiers, for surveys whose identifiers they
     // can compose (else nullptr: each is composed anew).
     WalkTexts* texts = nullptr;
@@ -59,7 +68,7 @@ inline bool point_walk_more(const PointWalk& walk) { return walk.visit < walk.to
 inline bool point_walk_runs_off(const PointWalk& walk) { return walk.visit > walk.slots; }
 // The identifier of the current point as the detailed form writes it, into
 // out (ID_TEXT_SIZE bytes); returns its length.
-std::size_t point_walk_id(DlSession& session, const PointWalk& walk, char* out);
+std::size_t point_walk_id(DlSession& session, PointWalk& walk, char* out);
 // On to the next point.
 void point_walk_advance(DlSession& session, PointWalk& walk);
 

@@ -206,16 +206,20 @@ TEST(CursorWalk, ZigzagMemoStepsAsTheZigzag) {
         IdCursor plain = box(next(7) - 1, next(7) - 1, next(7) - 1, next(7) - 1);
         const auto field = [&] { return static_cast<std::uint8_t>(next(6)); };
         const CursorStepper stepper = cursor_stepper(field(), field(), field(), 2 + next(2), TYPE_4D_MANUAL, field());
-        ZigzagMemo memo;
-        IdCursor fast = plain;
+        ZigzagMemo memo, kept;
+        IdCursor fast = plain, trusted = plain;
+        bool holds = false;  // the memo unchecked after a move of the first dimension only
         for (int step = 0; step < 200; ++step) {
             if (next(40) == 0) {
                 for (auto& p : plain.dim_position) p = next(8) - 1;
-                fast.dim_position = plain.dim_position;
+                fast.dim_position = trusted.dim_position = plain.dim_position;
+                holds = false;
             }
             cursor_stepper_step(plain, stepper);
             cursor_stepper_step(fast, stepper, memo);
+            holds = cursor_stepper_step(trusted, stepper, kept, holds);
             ASSERT_EQ(fast.dim_position, plain.dim_position) << round << " " << step;
+            ASSERT_EQ(trusted.dim_position, plain.dim_position) << round << " " << step;
         }
     }
 }
