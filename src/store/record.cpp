@@ -71,6 +71,17 @@ struct HeadBytes {
 
 }  // namespace
 
+namespace {
+
+// Field by field, out of line: the usual record's way keeps no registers
+// for it.
+[[gnu::noinline]] int read_record_fields(DlSession& session, ReadingRecord& record, std::uint64_t offset) {
+    FieldRun f{session.dl_stream, offset};
+    return fill_record_head(session, record, f);
+}
+
+}  // namespace
+
 int read_record_head(DlSession& session, ReadingRecord& record, std::uint64_t offset) {
     // The usual record lies inside one page that the file fills: all its
     // fields at once. Anything else reads field by field, with the error
@@ -79,8 +90,7 @@ int read_record_head(DlSession& session, ReadingRecord& record, std::uint64_t of
         HeadBytes head{bytes};
         return fill_record_head(session, record, head);
     }
-    FieldRun f{session.dl_stream, offset};
-    return fill_record_head(session, record, f);
+    return read_record_fields(session, record, offset);
 }
 
 void format_velocity_reading(char* out, std::uint32_t velocity, std::uint32_t units) {
