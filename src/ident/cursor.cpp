@@ -235,6 +235,17 @@ void cursor_stepper_step(IdCursor& cursor, const CursorStepper& stepper) {
 }
 
 bool cursor_stepper_step(IdCursor& cursor, const CursorStepper& stepper, ZigzagMemo& memo, bool holds) {
+    if (stepper.kind == 1 && stepper.count > 0) {
+        // The odometer's first place, when it doesn't wrap, is the whole step.
+        const int d = stepper.number[0] - 1;
+        const std::int64_t moved = from_bits(bits(cursor.dim_position[d]) + bits(stepper.delta));
+        if (moved >= 0 && moved < cursor.dim_size[d]) {
+            cursor.dim_position[d] = moved;
+            return true;
+        }
+        cursor_stepper_step(cursor, stepper);
+        return false;
+    }
     if (stepper.kind != 2 || stepper.count < 2) {
         cursor_stepper_step(cursor, stepper);
         return false;

@@ -78,11 +78,11 @@ struct ZigzagMemo {
 };
 // The same step, with the caller's memo (which any cursor may use: it is
 // checked against the positions at every step, unless `holds` says that the
-// positions above are still those of the memo). True when the step was the
-// memo's move of the first dimension inside its size, where that dimension
-// stands only once in the order: every other position stays as it was, and
-// the memo holds for the next step if the caller moves the cursor in no
-// other way.
+// positions above are still those of the memo). True when the step moved
+// the first dimension of the order inside its size and nothing else (the
+// odometer's first place without a wrap; the memo's move of a zigzag whose
+// first dimension stands only once in its order): the memo then holds for
+// the next step if the caller moves the cursor in no other way.
 bool cursor_stepper_step(IdCursor& cursor, const CursorStepper& stepper, ZigzagMemo& memo, bool holds = false);
 
 // Whether a seek to `index` would leave the positions as they are: the box
