@@ -29,6 +29,13 @@ struct PageView {
 // The page holding `offset` when it is not the last one taken: the caller's
 // memory, or a page of the cache, read into it when it isn't there; no
 // bytes when the seek fails.
+PageView take_page(DlStream& stream, std::uint64_t number, const std::uint8_t* bytes, std::size_t length) {
+    stream.last_page = number + 1;
+    stream.last_bytes = bytes;
+    stream.last_length = length;
+    return {bytes, length};
+}
+
 [[gnu::noinline]] PageView fetch_page_slow(DlStream& stream, std::uint64_t offset) {
     const std::uint64_t number = offset / FILE_PAGE_SIZE;
     if (stream.memory != nullptr) {
@@ -37,7 +44,8 @@ struct PageView {
         const std::uint64_t start = number * FILE_PAGE_SIZE;
         if (start >= stream.memory_size) return {stream.memory, 0};
         const std::uint64_t left = stream.memory_size - start;
-        return {stream.memory + start, static_cast<std::size_t>(left < FILE_PAGE_SIZE ? left : FILE_PAGE_SIZE)};
+        return take_page(stream, number, stream.memory + start,
+                         static_cast<std::size_t>(left < FILE_PAGE_SIZE ? left : FILE_PAGE_SIZE));
     }
     if (stream.file == nullptr || stream.cache == nullptr) return {};
     PageCache& cache = *stream.cache;
@@ -74,19 +82,13 @@ struct PageView {
         std::clearerr(stream.file);
     }
     cache.used[entry] = ++cache.clock;
-    cache.last = entry;
-    return {cache.pages[entry].data(), cache.length[entry]};
+    return take_page(stream, number, cache.pages[entry].data(), cache.length[entry]);
 }
 
 // The page holding `offset`; no bytes when the seek to it fails. The page of
 // the last read is taken at once, inline.
 inline PageView fetch_page(DlStream& stream, std::uint64_t offset) {
-    if (stream.memory == nullptr && stream.file != nullptr && stream.cache != nullptr) {
-        const PageCache& cache = *stream.cache;
-        if (cache.held[cache.last] == offset / FILE_PAGE_SIZE + 1) {
-            return {cache.pages[cache.last].data(), cache.length[cache.last]};
-        }
-    }
+    if (stream.last_page == offset / FILE_PAGE_SIZE + 1) return {stream.last_bytes, stream.last_length};
     return fetch_page_slow(stream, offset);
 }
 
@@ -99,10 +101,10 @@ int begin_input(DlStream& stream) {
     PageCache& cache = *stream.cache;
     cache.held.fill(0);
     cache.clock = 0;
-    cache.last = 0;
     cache.used.fill(0);
     cache.in_use = FILE_PAGES_FIRST;
     cache.replaced.fill(0);
+    stream.last_page = 0;
     stream.error = nullptr;
     stream.error_offset = 0;
     return 1;
@@ -143,6 +145,7 @@ int dl_open_memory(DlStream& stream, const std::uint8_t* bytes, std::uint64_t si
 
 void dl_close(DlStream& stream) {
     if (stream.file != nullptr) std::fclose(stream.file);
+    stream.last_page = 0;
     stream.file = nullptr;
     stream.memory = nullptr;
     stream.memory_size = 0;
@@ -260,7 +263,7 @@ int read_in_page(DlStream& stream, std::uint64_t offset, std::uint8_t* dst, std:
     return 1;
 }
 
-const std::uint8_t* bytes_in_page(DlStream& stream, std::uint64_t offset, std::size_t n) {
+const std::uint8_t* bytes_in_other_page(DlStream& stream, std::uint64_t offset, std::size_t n) {
     const std::size_t at = static_cast<std::size_t>(offset % FILE_PAGE_SIZE);
     if (n > FILE_PAGE_SIZE - at) return nullptr;
     const PageView page = fetch_page(stream, offset);

@@ -51,7 +51,6 @@ struct PageCache {
     std::array<std::size_t, FILE_PAGE_COUNT> length;
     std::array<std::uint64_t, FILE_PAGE_COUNT> used;  // the clock when the reads last moved to each entry
     std::uint64_t clock = 0;  // counts the moves of the reads from one page to another
-    std::size_t last = 0;     // the entry of the last read: most reads take the same page again
     std::size_t in_use = 0;   // entries in use, a power of two (FILE_PAGES_FIRST after an opening)
     // 1 + the numbers of recently replaced pages (0: none), in a ring.
     std::array<std::uint64_t, FILE_PAGES_REPLACED> replaced;
@@ -71,6 +70,11 @@ struct DlStream {
     // The last read that failed: its error line and the offset of the byte.
     const char* error = nullptr;
     std::uint64_t error_offset = 0;
+    // The page of the last read, which most reads take again: 1 + its
+    // number (0: none), its bytes, and how many of them the file has.
+    std::uint64_t last_page = 0;
+    const std::uint8_t* last_bytes = nullptr;
+    std::size_t last_length = 0;
 };
 
 // Opens the file with the mode "r+b" (it is only ever read), as the converter
@@ -109,8 +113,16 @@ int read_in_page(DlStream& stream, std::uint64_t offset, std::uint8_t* dst, std:
 
 // The n bytes at the offset in place, when they all lie in one page that
 // the file fills (as read_in_page copies them); else nullptr, having printed
-// nothing. Valid until the next read of the stream.
-const std::uint8_t* bytes_in_page(DlStream& stream, std::uint64_t offset, std::size_t n);
+// nothing. Valid until the next read of the stream. The page of the last
+// read is taken inline, any other out of line.
+const std::uint8_t* bytes_in_other_page(DlStream& stream, std::uint64_t offset, std::size_t n);
+inline const std::uint8_t* bytes_in_page(DlStream& stream, std::uint64_t offset, std::size_t n) {
+    const auto at = static_cast<std::size_t>(offset % FILE_PAGE_SIZE);
+    if (stream.last_page == offset / FILE_PAGE_SIZE + 1 && n <= stream.last_length && at <= stream.last_length - n) {
+        return stream.last_bytes + at;
+    }
+    return bytes_in_other_page(stream, offset, n);
+}
 
 // Copies up to n bytes from the offset into dst, silently, and returns how
 // many there were before the end of the file.

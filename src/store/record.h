@@ -11,6 +11,7 @@
 
 #include <cstdint>
 
+#include "file/field.h"
 #include "file/session.h"
 
 namespace ugf {
@@ -32,10 +33,66 @@ inline std::uint64_t reading_slot_offset(const DlSession& session, std::int64_t 
 // Number of slots that begin before the end of the file.
 std::uint64_t slot_capacity(DlSession& session);
 
+// The fields of a record head from a run of reads (FieldRun on the file, or
+// HeadBytes on bytes already read), by the record type and the instrument.
+template <typename Run>
+[[gnu::always_inline]] inline int fill_record_head(const DlSession& session, ReadingRecord& record, Run& f) {
+    record.word0 = f.u32(0);
+    if (f.ok == 0) return 0;
+    const std::uint32_t type = record.word0 >> 29;  // record_type
+    if (type == RECORD_ASCAN_LINK || type == RECORD_BSCAN_LINK) {
+        record.word1 = f.u32(4);
+        return f.ok;
+    }
+    if (session.gage_type == GAGE_FLAW_DETECTOR) {
+        if (type == RECORD_READING || type == RECORD_BSCAN_BLOCK) {
+            record.word1 = f.u32(4);
+            record.word2 = f.u32(8);
+            record.word3 = f.u32(12);
+        }
+        return f.ok;
+    }
+    if (type == RECORD_READING || type == RECORD_ASCAN_BLOCK || type == RECORD_BSCAN_BLOCK) {
+        const std::uint32_t thickness_low = f.u16(4);
+        const std::uint32_t notes = f.u16(6);
+        record.word1 = (notes << 16) | thickness_low;
+        record.word2 = f.u32(8);
+        record.word3 = f.u32(12);
+    }
+    return f.ok;
+}
+
+// The big-endian fields of a whole record head that lies in one page, read
+// where the page holds them.
+struct HeadBytes {
+    const std::uint8_t* bytes;
+    int ok = 1;
+
+    std::uint16_t u16(std::size_t at) const {
+        return static_cast<std::uint16_t>((bytes[at] << 8) | bytes[at + 1]);
+    }
+    std::uint32_t u32(std::size_t at) const {
+        return (static_cast<std::uint32_t>(bytes[at]) << 24) | (static_cast<std::uint32_t>(bytes[at + 1]) << 16) |
+               (static_cast<std::uint32_t>(bytes[at + 2]) << 8) | bytes[at + 3];
+    }
+};
+
+// The record field by field (across a page boundary, past the end of the
+// file), with the error lines and the stop at the first failed field.
+int read_record_fields(DlSession& session, ReadingRecord& record, std::uint64_t offset);
+
 // Reads the record at `offset` into `record`, as far as its type and the
 // session's gage type ask. Fields it doesn't read are left as they are (the
-// callers zero the record first). 1, or 0 when a field can't be read.
-int read_record_head(DlSession& session, ReadingRecord& record, std::uint64_t offset);
+// callers zero the record first). 1, or 0 when a field can't be read. The
+// usual record lies inside the page of the last read: all its fields at
+// once, inline.
+inline int read_record_head(DlSession& session, ReadingRecord& record, std::uint64_t offset) {
+    if (const std::uint8_t* bytes = bytes_in_page(session.dl_stream, offset, RECORD_SIZE)) {
+        HeadBytes head{bytes};
+        return fill_record_head(session, record, head);
+    }
+    return read_record_fields(session, record, offset);
+}
 
 // Renders a velocity reading (0.00001 inch per microsecond) for `units`
 // into the session's velocity_text: inches per microsecond with four

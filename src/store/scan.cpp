@@ -192,12 +192,7 @@ int read_bscan(DlSession& session, std::uint64_t offset, ScanStore& store) {
     return got == bytes ? 1 : 0;
 }
 
-int read_reading(DlSession& session, std::int64_t storage_index, ReadingRecord& reading,
-                 ScanStore& store, int load_bscan_points) {
-    const std::uint64_t slot = reading_slot_offset(session, storage_index);
-    reading = ReadingRecord{};
-    if (read_record_head(session, reading, slot) == 0) return 0;
-
+int read_reading_scan(DlSession& session, ReadingRecord& reading, ScanStore& store, int load_bscan_points) {
     switch (record_type(reading)) {
         case RECORD_ASCAN_LINK: {
             store.ascan = AscanRecord{};

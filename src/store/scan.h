@@ -39,8 +39,19 @@ struct BscanPoint {
 // always, a B-scan's points only when load_bscan_points is 1 (else its head
 // alone, whatever its type). A slot holding a block head (3 or 5), or a link
 // to a head of the wrong type, fails with no message. 1 or 0.
-int read_reading(DlSession& session, std::int64_t storage_index, ReadingRecord& reading,
-                 ScanStore& store, int load_bscan_points);
+// The slot's record is read inline; a link or a block head goes on out of
+// line (read_reading_scan).
+int read_reading_scan(DlSession& session, ReadingRecord& reading, ScanStore& store, int load_bscan_points);
+inline int read_reading(DlSession& session, std::int64_t storage_index, ReadingRecord& reading,
+                        ScanStore& store, int load_bscan_points) {
+    reading = ReadingRecord{};
+    if (read_record_head(session, reading, reading_slot_offset(session, storage_index)) == 0) return 0;
+    const std::uint32_t type = record_type(reading);
+    if (type >= RECORD_ASCAN_LINK && type <= RECORD_BSCAN_BLOCK) {
+        return read_reading_scan(session, reading, store, load_bscan_points);
+    }
+    return 1;
+}
 
 // The block readers; a sample_count above 318 or a point_count above 10000
 // fails once the fixed fields are read, with no message of its own.
