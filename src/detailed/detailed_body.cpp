@@ -84,18 +84,27 @@ void merge_flaw_head(const DlSession& session, ReadingRecord& reading, const Sca
 // it, and its cells behind the comma of the identifier cell, so no "%%" can
 // form where they meet.
 constexpr std::size_t THICKNESS_ROW_ROOM = ID_CELL_SIZE + QUOTED_EXTRA_MAX + NUMBER_TEXT_SIZE + ROW_COLUMNS_ROOM;
+static_assert(THICKNESS_ROW_ROOM >= ID_COMPOSE_ROOM);
 
-void add_thickness_row(CsvRow& rows, const DlSession& session, const RowTexts& texts,
-                       const ReadingRecord& reading, const ReadingScan& scan, const StoredCell& id,
-                       std::size_t id_length, DigitLayout layout) {
+void add_thickness_row(CsvRow& rows, DlSession& session, PointWalk& walk, const RowTexts& texts,
+                       const ReadingRecord& reading, const ReadingScan& scan, const CsvSink& sink) {
     char* at = rows.room(THICKNESS_ROW_ROOM);
-    // An identifier has at most ID_TEXT_MAX characters, quotes aside.
-    const std::size_t length = id.extra == 0 ? id_length : std::strlen(id.text);
-    copy_bytes(at, id.text, length);
+    // The identifier is composed where its cell goes; one that must be
+    // quoted is put back quoted.
+    std::size_t length = point_walk_id(session, walk, at);
+    if (sink.quote != 0) {
+        char id_text[ID_TEXT_SIZE];
+        std::memcpy(id_text, at, ID_TEXT_SIZE);
+        StoredCell id;
+        stored_cell(id, id_text, sink);
+        if (id.extra != 0) {
+            length = std::strlen(id.text);
+            copy_bytes(at, id.text, length);
+        }
+    }
     at += length;
     *at++ = ',';
     // The thickness gauges print their thickness in the layout of their pairs.
-    (void)layout;
     at += thickness_text_form(at, reading, row_length_form(texts, reading),
                               scan.velocity_flag == 1 ? session.velocity_text : nullptr);
     at = put_columns(at, texts, session, reading, session.gage_type == GAGE_CORROSION, scan.has_ascan,
@@ -150,13 +159,9 @@ int walk_rows(DlSession& session, int output_form, CsvSink& sink, CsvRow& rows) 
         }
         const ReadingScan scan = merge_scan_head(session, reading, *session.scan_store);
 
-        char id_text[ID_TEXT_SIZE] = {};
-        const std::size_t id_length = point_walk_id(session, walk, id_text);
-        StoredCell id;
-        stored_cell(id, id_text, sink);
         if (output_form == OUTPUT_DETAILED &&
             (gage_type == GAGE_CORROSION || gage_type == GAGE_PRECISION)) {
-            add_thickness_row(rows, session, texts, reading, scan, id, id_length, layout);
+            add_thickness_row(rows, session, walk, texts, reading, scan, sink);
             if (scan.has_ascan == 0 && scan.has_bscan == 0) {
                 if (sink.verbose_output != 0) rows.flush();
                 continue;
@@ -166,6 +171,10 @@ int walk_rows(DlSession& session, int output_form, CsvSink& sink, CsvRow& rows) 
             if (write_dumps(session, reading, scan, more, sink) == 0) return 0;
             continue;
         }
+        char id_text[ID_COMPOSE_ROOM];
+        point_walk_id(session, walk, id_text);
+        StoredCell id;
+        stored_cell(id, id_text, sink);
         char id_cell[ID_CELL_SIZE + QUOTED_EXTRA_MAX];
         std::size_t length = 0;
         while (length < ID_TEXT_MAX + id.extra && id.text[length] != '\0') {

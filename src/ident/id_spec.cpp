@@ -368,7 +368,8 @@ std::size_t id_spec_walk_compose(IdSpec& id_spec, WalkTexts& texts, std::int32_t
         texts.head_valid = true;
     }
     IdDimension& first = id_spec.dims[0];
-    const char* text = first.current_text;
+    const std::size_t n = texts.head_length;
+    std::memcpy(out, texts.head, WalkTexts::SLOT);
     std::size_t length = 0;
     if (p[0] >= 0 && p[0] < static_cast<std::int64_t>(WalkTexts::POSITIONS)) {
         const auto k = static_cast<std::size_t>(p[0]);
@@ -380,16 +381,14 @@ std::size_t id_spec_walk_compose(IdSpec& id_spec, WalkTexts& texts, std::int32_t
         } else {
             std::memcpy(first.current_text, kept, ID_TEXT_SIZE);
         }
-        text = kept;
+        std::memcpy(out + n, kept, WalkTexts::SLOT);
         length = texts.known[k] - 1u;
     } else {
         id_dimension_refresh(first, file_type, dimension_offset(id_spec, 0), id_spec.recent_texts);
-        length = std::strlen(text);
+        length = std::strlen(first.current_text);
+        copy_bytes(out + n, first.current_text, length + 1);
     }
-    const std::size_t n = texts.head_length;
     const std::size_t take = std::min(length, ID_TEXT_MAX - n);
-    copy_bytes(out, texts.head, n);
-    copy_bytes(out + n, text, take);
     out[n + take] = '\0';
     return n + take;
 }

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "ident/cursor.h"
 #include "ident/id_text.h"
@@ -77,13 +78,20 @@ struct IdSpec {
 // offsets (id_spec_walk_ready); the caller owns it.
 struct WalkTexts {
     static constexpr std::size_t POSITIONS = 1024;  // of dimension 0 kept
+    // Texts are kept in slots of this size, zero behind the text, so that
+    // the identifier is put together from two fixed-size copies.
+    static constexpr std::size_t SLOT = 32;
+    static_assert(SLOT >= ID_TEXT_SIZE);
     bool head_valid = false;
     std::int64_t head_position[2] = {};  // of dimensions 1 and 2
     std::size_t head_length = 0;
-    char head[ID_TEXT_SIZE] = {};
+    char head[SLOT] = {};
     std::array<std::uint8_t, POSITIONS> known{};  // 1 + the length of a kept text, 0: none
-    char first_texts[POSITIONS][ID_TEXT_SIZE] = {};
+    char first_texts[POSITIONS][SLOT] = {};
 };
+// The room id_spec_walk_compose writes in: the longest identifier's place
+// for its head and a whole slot behind it.
+inline constexpr std::size_t ID_COMPOSE_ROOM = ID_TEXT_MAX + WalkTexts::SLOT;
 
 // A label operation: the text of a position of a dimension (custom point
 // labels, manual labels). The text stays valid until the next label call.
@@ -127,10 +135,34 @@ void walk_texts_reset(WalkTexts& texts);
 // For an IdSpec that is walk-ready: the identifier with the prefix at the
 // cursor's positions, the same text that id_spec_refresh and then
 // id_spec_compose (with the prefix, no label, no suffix) make, into out
-// (ID_TEXT_SIZE bytes); returns its length. Dimension 0's current text is
-// left as a refresh leaves it.
+// (ID_COMPOSE_ROOM bytes, of which those behind the text's terminator may
+// change); returns its length. Dimension 0's current text is left as a
+// refresh leaves it.
 std::size_t id_spec_walk_compose(IdSpec& id_spec, WalkTexts& texts, std::int32_t file_type,
                                  char* out);
+// The same when the texts already keep every part of the identifier (the
+// usual step of a walk): made from the kept head and the kept text of
+// dimension 0, two fixed-size copies. WALK_NOT_KEPT, having changed
+// nothing, when a part isn't kept.
+inline constexpr std::size_t WALK_NOT_KEPT = ~std::size_t{0};
+inline std::size_t id_spec_walk_compose_kept(IdSpec& id_spec, WalkTexts& texts, char* out) {
+    const auto& p = id_spec.cursor.dim_position;
+    if (!texts.head_valid || texts.head_position[0] != p[1] || texts.head_position[1] != p[2] ||
+        static_cast<std::uint64_t>(p[0]) >= WalkTexts::POSITIONS) {
+        return WALK_NOT_KEPT;
+    }
+    const auto k = static_cast<std::size_t>(p[0]);
+    if (texts.known[k] == 0) return WALK_NOT_KEPT;
+    const char* kept = texts.first_texts[k];
+    std::memcpy(id_spec.dims[0].current_text, kept, ID_TEXT_SIZE);
+    const std::size_t n = texts.head_length;
+    std::memcpy(out, texts.head, WalkTexts::SLOT);
+    std::memcpy(out + n, kept, WalkTexts::SLOT);
+    const std::size_t length = texts.known[k] - 1u;
+    const std::size_t end = n + (length < ID_TEXT_MAX - n ? length : ID_TEXT_MAX - n);
+    out[end] = '\0';
+    return end;
+}
 
 // "", "IN", "FT", "MM", "M" for 0 to 4; "" above.
 const char* elevation_unit_text(std::int64_t elevation_unit);

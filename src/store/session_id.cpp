@@ -91,7 +91,7 @@ PointWalk point_walk_begin(DlSession& session) {
     return walk;
 }
 
-std::size_t point_walk_id(DlSession& session, PointWalk& walk, char* out) {
+std::size_t point_walk_id_other(DlSession& session, PointWalk& walk, char* out) {
     if (walk.texts != nullptr) {
         // The cursor goes to the storage index as in session_point_id; the
         // step that made the index has usually put it there already.
@@ -101,6 +101,8 @@ std::size_t point_walk_id(DlSession& session, PointWalk& walk, char* out) {
         }
         return id_spec_walk_compose(session.id_spec, *walk.texts, session.file_type, out);
     }
+    // A stored identifier that can't be read leaves the text empty.
+    std::memset(out, 0, ID_TEXT_SIZE);
     if (walk.stored_ids) {
         session_stored_id(session, walk.storage_index, out);
     } else {

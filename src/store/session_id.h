@@ -67,8 +67,18 @@ PointWalk point_walk_begin(DlSession& session);
 inline bool point_walk_more(const PointWalk& walk) { return walk.visit < walk.total; }
 inline bool point_walk_runs_off(const PointWalk& walk) { return walk.visit > walk.slots; }
 // The identifier of the current point as the detailed form writes it, into
-// out (ID_TEXT_SIZE bytes); returns its length.
-std::size_t point_walk_id(DlSession& session, PointWalk& walk, char* out);
+// out (ID_COMPOSE_ROOM bytes, whatever they held; those behind the text's
+// terminator may change); returns its length.
+// The usual step, one of the first dimension within its kept texts, is
+// taken inline; everything else out of line.
+std::size_t point_walk_id_other(DlSession& session, PointWalk& walk, char* out);
+inline std::size_t point_walk_id(DlSession& session, PointWalk& walk, char* out) {
+    if (walk.texts != nullptr && walk.at_index) {
+        const std::size_t n = id_spec_walk_compose_kept(session.id_spec, *walk.texts, out);
+        if (n != WALK_NOT_KEPT) return n;
+    }
+    return point_walk_id_other(session, walk, out);
+}
 // On to the next point.
 void point_walk_advance(DlSession& session, PointWalk& walk);
 

@@ -304,7 +304,7 @@ TEST(IdSpecWalk, KeptPartsComposeAsTheWholeDoes) {
             fast.cursor = full.cursor;
             id_spec_refresh(full, type);
             char whole[ID_TEXT_SIZE];
-            char parts[ID_TEXT_SIZE];
+            char parts[ID_COMPOSE_ROOM];
             id_spec_compose(full, whole, 1, nullptr, nullptr, 1, type);
             const std::size_t n = id_spec_walk_compose(fast, *kept, type, parts);
             ASSERT_STREQ(parts, whole) << prefix << " " << texts[0] << "-" << texts[1] << " at " << point;

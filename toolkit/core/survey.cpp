@@ -233,7 +233,7 @@ int for_each_point(Survey& survey, const std::function<int(const Point&)>& visit
         }
         Point point;
         if (read_point(survey, walk.storage_index, point, why) == 0) return 0;
-        char id[ID_TEXT_SIZE] = {};
+        char id[ID_COMPOSE_ROOM] = {};
         point_walk_id(session, walk, id);
         point.id = id;
         if (visit(point) == 0) return 0;
