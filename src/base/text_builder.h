@@ -162,6 +162,27 @@ struct TextBuilder {
             out[len] = '\0';
             return;
         }
+        if (precision < 0 && !left && width >= 0 && width <= 16) {
+            // "%*d", the cells' usual padded number: made behind blanks
+            // (the sign and the digits over the last of them that the
+            // width leaves), and copied when the whole fits.
+            const bool negative = value < 0;
+            const std::uint64_t m = negative ? 0 - static_cast<std::uint64_t>(value) : static_cast<std::uint64_t>(value);
+            const int n = decimal_digit_count(m);
+            const int body = n + (negative ? 1 : 0);
+            const int pad = width > body ? width - body : 0;
+            const auto total = static_cast<std::size_t>(pad + body);
+            if (total < size - len) {
+                char text[40];
+                std::memcpy(text, "                ", 16);
+                text[pad] = '-';
+                write_decimal_digits(text + pad + body, m, n);
+                copy_bytes(out + len, text, total);
+                len += total;
+                out[len] = '\0';
+                return;
+            }
+        }
         put_int_any(value, width, precision, left);
     }
     void put_int_any(std::int64_t value, int width, int precision, bool left);
