@@ -346,47 +346,67 @@ bool id_spec_walk_ready(const IdSpec& id_spec, std::int32_t file_type) {
 
 void walk_texts_reset(WalkTexts& texts) {
     texts.head_valid = false;
-    texts.known.fill(0);
+    for (auto& known : texts.known) known.fill(0);
 }
+
+namespace {
+
+// The text of dimension d (0 or 1) at its position, from the walk's kept
+// texts (WalkTexts::SLOT bytes) or made and kept; the dimension's current
+// text is left as a refresh leaves it. Sets the text's length. A position
+// past the kept ones is refreshed, its text the current text.
+const char* kept_text(IdSpec& id_spec, WalkTexts& texts, int d, std::int32_t file_type, std::size_t& length) {
+    IdDimension& dim = id_spec.dims[d];
+    const std::int64_t position = id_spec.cursor.dim_position[d];
+    if (position < 0 || position >= static_cast<std::int64_t>(WalkTexts::POSITIONS)) {
+        id_dimension_refresh(dim, file_type, dimension_offset(id_spec, d), id_spec.recent_texts);
+        length = std::strlen(dim.current_text);
+        return dim.current_text;
+    }
+    const auto k = static_cast<std::size_t>(position);
+    char* kept = texts.kept[d][k];
+    std::uint8_t& known = texts.known[d][k];
+    if (known == 0) {
+        // The kept texts are the walk's own memo: the table of recent texts
+        // would only be written (and its pages touched) for texts the walk
+        // keeps anyway.
+        id_dimension_refresh(dim, file_type, dimension_offset(id_spec, d), nullptr);
+        std::memcpy(kept, dim.current_text, ID_TEXT_SIZE);
+        known = static_cast<std::uint8_t>(std::strlen(kept) + 1);
+    } else {
+        std::memcpy(dim.current_text, kept, ID_TEXT_SIZE);
+    }
+    length = known - 1u;
+    return kept;
+}
+
+}  // namespace
 
 std::size_t id_spec_walk_compose(IdSpec& id_spec, WalkTexts& texts, std::int32_t file_type,
                                  char* out) {
     const auto& p = id_spec.cursor.dim_position;
     if (!texts.head_valid || texts.head_position[0] != p[1] || texts.head_position[1] != p[2]) {
         // The layouts of ranges show the prefix and dimensions 2, 1 and 0.
+        // Dimension 2 changes least often: its own memo keeps its text.
         std::size_t n = append_at(texts.head, 0, id_spec.prefix);
-        // The kept parts are the walk's own memo: the table of recent texts
-        // would only be written (and its pages touched) for texts the walk
-        // keeps anyway.
-        for (int d = 2; d >= 1; --d) {
-            id_dimension_refresh(id_spec.dims[d], file_type, dimension_offset(id_spec, d), nullptr);
-            n = append_at(texts.head, n, id_spec.dims[d].current_text);
-        }
+        id_dimension_refresh(id_spec.dims[2], file_type, dimension_offset(id_spec, 2), nullptr);
+        n = append_at(texts.head, n, id_spec.dims[2].current_text);
+        std::size_t second_length = 0;
+        n = append_at(texts.head, n, kept_text(id_spec, texts, 1, file_type, second_length));
         texts.head_length = n;
         texts.head_position[0] = p[1];
         texts.head_position[1] = p[2];
         texts.head_valid = true;
     }
-    IdDimension& first = id_spec.dims[0];
     const std::size_t n = texts.head_length;
     std::memcpy(out, texts.head, WalkTexts::SLOT);
     std::size_t length = 0;
-    if (p[0] >= 0 && p[0] < static_cast<std::int64_t>(WalkTexts::POSITIONS)) {
-        const auto k = static_cast<std::size_t>(p[0]);
-        char* kept = texts.first_texts[k];
-        if (texts.known[k] == 0) {
-            id_dimension_refresh(first, file_type, dimension_offset(id_spec, 0), nullptr);
-            std::memcpy(kept, first.current_text, ID_TEXT_SIZE);
-            texts.known[k] = static_cast<std::uint8_t>(std::strlen(kept) + 1);
-        } else {
-            std::memcpy(first.current_text, kept, ID_TEXT_SIZE);
-        }
-        std::memcpy(out + n, kept, WalkTexts::SLOT);
-        length = texts.known[k] - 1u;
+    const char* text = kept_text(id_spec, texts, 0, file_type, length);
+    // A kept text fills its slot; a current text only its ID_TEXT_SIZE bytes.
+    if (text != id_spec.dims[0].current_text) {
+        std::memcpy(out + n, text, WalkTexts::SLOT);
     } else {
-        id_dimension_refresh(first, file_type, dimension_offset(id_spec, 0), id_spec.recent_texts);
-        length = std::strlen(first.current_text);
-        copy_bytes(out + n, first.current_text, length + 1);
+        copy_bytes(out + n, text, length + 1);
     }
     const std::size_t take = std::min(length, ID_TEXT_MAX - n);
     out[n + take] = '\0';

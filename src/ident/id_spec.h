@@ -86,8 +86,9 @@ struct WalkTexts {
     std::int64_t head_position[2] = {};  // of dimensions 1 and 2
     std::size_t head_length = 0;
     char head[SLOT] = {};
-    std::array<std::uint8_t, POSITIONS> known{};  // 1 + the length of a kept text, 0: none
-    char first_texts[POSITIONS][SLOT] = {};
+    // The texts of dimensions 0 and 1 by position.
+    std::array<std::array<std::uint8_t, POSITIONS>, 2> known{};  // 1 + the length of a kept text, 0: none
+    char kept[2][POSITIONS][SLOT] = {};
 };
 // The room id_spec_walk_compose writes in: the longest identifier's place
 // for its head and a whole slot behind it.
@@ -152,13 +153,13 @@ inline std::size_t id_spec_walk_compose_kept(IdSpec& id_spec, WalkTexts& texts, 
         return WALK_NOT_KEPT;
     }
     const auto k = static_cast<std::size_t>(p[0]);
-    if (texts.known[k] == 0) return WALK_NOT_KEPT;
-    const char* kept = texts.first_texts[k];
+    if (texts.known[0][k] == 0) return WALK_NOT_KEPT;
+    const char* kept = texts.kept[0][k];
     std::memcpy(id_spec.dims[0].current_text, kept, ID_TEXT_SIZE);
     const std::size_t n = texts.head_length;
     std::memcpy(out, texts.head, WalkTexts::SLOT);
     std::memcpy(out + n, kept, WalkTexts::SLOT);
-    const std::size_t length = texts.known[k] - 1u;
+    const std::size_t length = texts.known[0][k] - 1u;
     const std::size_t end = n + (length < ID_TEXT_MAX - n ? length : ID_TEXT_MAX - n);
     out[end] = '\0';
     return end;
