@@ -51,8 +51,8 @@ std::size_t thickness_text(char* out, const ReadingRecord& reading, int layout, 
         velocity_cell);
 }
 
-std::size_t thickness_text_form(char* out, const ReadingRecord& reading, const LengthForm& form,
-                                const char* velocity_cell) {
+std::size_t thickness_text_other(char* out, const ReadingRecord& reading, const LengthForm& form,
+                                 const char* velocity_cell) {
     out[0] = '\0';
     if (record_type(reading) == RECORD_EMPTY) return 0;
     // The value as "%s" would print it into NUMBER_TEXT_SIZE bytes.
@@ -66,7 +66,6 @@ std::size_t thickness_text_form(char* out, const ReadingRecord& reading, const L
         text.put(velocity_cell);
         return text.len;
     }
-    static_assert(NUMBER_TEXT_SIZE >= 16);  // format_thickness's one-word way
     return format_length(out, thickness_length(reading), form);
 }
 

@@ -48,8 +48,18 @@ std::size_t thickness_text(char* out, const ReadingRecord& reading, int layout, 
                            const char* velocity_cell);
 // The same with the reading's kind of length chosen: `form` of its units,
 // resolution and setup's measurement mode in the layout, doubling 0.
-std::size_t thickness_text_form(char* out, const ReadingRecord& reading, const LengthForm& form,
-                                const char* velocity_cell);
+// A reading's own length is made inline; an empty slot, a lost signal and a
+// velocity out of line (thickness_text_other).
+std::size_t thickness_text_other(char* out, const ReadingRecord& reading, const LengthForm& form,
+                                 const char* velocity_cell);
+inline std::size_t thickness_text_form(char* out, const ReadingRecord& reading, const LengthForm& form,
+                                       const char* velocity_cell) {
+    static_assert(NUMBER_TEXT_SIZE >= 16);  // format_length's one-word way
+    if (record_type(reading) != RECORD_EMPTY && los(reading) == 0 && velocity_cell == nullptr) {
+        return format_length(out, thickness_length(reading), form);
+    }
+    return thickness_text_other(out, reading, form, velocity_cell);
+}
 
 // The text that print_thickness_cell writes, into `cell`.
 using ThicknessCell = std::array<char, NUMBER_TEXT_SIZE + 1>;
