@@ -293,6 +293,16 @@ void row_texts_slots(RowTexts& texts, const DlSession& session) {
         *at++ = ',';
         fit = fill_slot(texts.fast[f], texts.fast_length[f], text, at) && fit;
     }
+    // The precision gauge's first two pieces as one, by the bits 21 to 27
+    // of the reading's first word: fast mode, alarm state and units.
+    for (int kind = 0; kind < 3; ++kind) {
+        for (std::uint32_t code = 0; code < 128; ++code) {
+            const std::uint32_t u = code >> 5, a = (code >> 2) & 7u, f = code & 3u;
+            char* at = put_text(text, {texts.head[kind][u][a], texts.head_length[kind][u][a]});
+            at = put_text(at, {texts.fast[f], texts.fast_length[f]});
+            fit = fill_slot(texts.head_fast[kind][code], texts.head_fast_length[kind][code], text, at) && fit;
+        }
+    }
     for (std::uint32_t s = 0; s < SETUP_COUNT; ++s) {
         for (std::uint32_t e = 0; e < 2; ++e) {
             for (std::uint32_t b = 0; b < 2; ++b) {
@@ -331,9 +341,14 @@ char* put_status_slots(char* at, const RowTexts& texts, const ReadingRecord& rea
     const std::uint32_t a = alarm_state(reading);
     const std::uint32_t f = fast_mode(reading);
     const int kind = velocity_flag == 1 ? 1 : texts.cp[s] ? 2 : 0;
-    at = put_slot(at, texts.head[kind][u][a], texts.head_length[kind][u][a]);
-    if (texts.slots_corrosion) at = put_slot(at, texts.setup_cells[s], texts.setup_cells_length[s]);
-    at = put_slot(at, texts.fast[f], texts.fast_length[f]);
+    if (texts.slots_corrosion) {
+        at = put_slot(at, texts.head[kind][u][a], texts.head_length[kind][u][a]);
+        at = put_slot(at, texts.setup_cells[s], texts.setup_cells_length[s]);
+        at = put_slot(at, texts.fast[f], texts.fast_length[f]);
+    } else {
+        const std::uint32_t code = word_bits(reading.word0, 21, 7);
+        at = put_slot(at, texts.head_fast[kind][code], texts.head_fast_length[kind][code]);
+    }
     for (std::uint32_t mask = note_mask(reading) & 0xFFFFu; mask != 0; mask &= mask - 1) {
         *at++ = static_cast<char>('A' + __builtin_ctz(mask));
     }

@@ -70,6 +70,10 @@ struct RowTexts {
     std::uint8_t head_length[3][4][8] = {};
     char fast[4][SLOT] = {};
     std::uint8_t fast_length[4] = {};
+    // The precision gauge's ",UNITS,ALARM,FAST," as one piece, by units
+    // kind and the bits of fast mode (2), alarm state (3) and units (2).
+    char head_fast[3][128][SLOT] = {};
+    std::uint8_t head_fast_length[3][128] = {};
     char tail[SETUP_COUNT][2][2][2][SLOT] = {};
     std::uint8_t tail_length[SETUP_COUNT][2][2][2] = {};
     // The kinds of length of the thickness and the pairs (the layout of the
