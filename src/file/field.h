@@ -24,12 +24,13 @@ namespace ugf {
 // Pages of 64 KiB: a walk through a large file reads it in few system calls.
 inline constexpr std::size_t FILE_PAGE_SIZE = 65536;
 inline constexpr std::size_t FILE_PAGE_COUNT = 32;  // 2 MiB of cache at most
-// Every page of memory the cache fills costs a fault the first time (about
-// 2 us, as much as converting a dozen rows), so the cache begins with few
-// pages: a walk in storage order reads the file front by front, and a few
-// pages used again serve it. A page read again soon after it was replaced
+// Every page of memory the cache fills costs a fault the first time (2 to
+// 5 us a 4 KiB page, as much as converting a few dozen rows), so the cache
+// begins with two pages, a page's home and its partner: a walk in storage
+// order reads the file front by front, and the slot table's page stays
+// beside the page of a scan. A page read again soon after it was replaced
 // shows that the walk needs more: the pages in use then double.
-inline constexpr std::size_t FILE_PAGES_FIRST = 4;
+inline constexpr std::size_t FILE_PAGES_FIRST = 2;
 inline constexpr std::size_t FILE_PAGES_REPLACED = 64;  // replaced page numbers remembered
 // A page taken within this many moves of the reads from page to page is
 // not replaced: another entry is.
