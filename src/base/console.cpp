@@ -79,22 +79,26 @@ void put_text(const char* data, std::size_t n, const Out& out) {
 #endif
 }
 
-// Writes text to one output with the percent pass, without copying the text
-// when it holds no percent sign (the usual case).
+// Writes text to one output with the percent pass, without copying the text:
+// the pieces between the pairs "%%" go out as they stand, and a "%" without
+// a partner stays in its piece.
 void write_collapsed(std::string_view text, const Out& stream) {
     std::size_t start = 0;
-    while (start < text.size()) {
-        const void* hit = std::memchr(text.data() + start, '%', text.size() - start);
-        if (hit == nullptr) {
-            put_text(text.data() + start, text.size() - start, stream);
-            return;
+    std::size_t from = 0;
+    while (from < text.size()) {
+        const void* hit = std::memchr(text.data() + from, '%', text.size() - from);
+        if (hit == nullptr) break;
+        const auto at = static_cast<std::size_t>(static_cast<const char*>(hit) - text.data());
+        if (at + 1 < text.size() && text[at + 1] == '%') {
+            // Write up to and including this "%" and skip its partner.
+            put_text(text.data() + start, at + 1 - start, stream);
+            start = at + 2;
+            from = start;
+        } else {
+            from = at + 1;
         }
-        std::size_t at = static_cast<std::size_t>(static_cast<const char*>(hit) - text.data());
-        // Write up to and including this "%"; skip its partner if it has one.
-        put_text(text.data() + start, at + 1 - start, stream);
-        start = at + 1;
-        if (start < text.size() && text[start] == '%') ++start;
     }
+    if (start < text.size()) put_text(text.data() + start, text.size() - start, stream);
 }
 
 }  // namespace

@@ -98,8 +98,7 @@ std::size_t first_value_text(char* out, const DlSession& session, const ReadingR
 
 // The DIFF value: the thickness less the setup's reference, as a length in
 // the setup's units or as a percentage of the reference, into out
-// (NUMBER_TEXT_SIZE bytes); returns its length. The percent text keeps "%%",
-// which the CSV write halves.
+// (NUMBER_TEXT_SIZE bytes); returns its length.
 std::size_t difference_text(char* out, const DlSession& session, const ReadingRecord& reading) {
     TextBuilder text(out, NUMBER_TEXT_SIZE);
     if (los(reading) != 0) {
@@ -115,8 +114,11 @@ std::size_t difference_text(char* out, const DlSession& session, const ReadingRe
     if (setup.diff_reference == 0) return 0;  // no percentage of nothing
     const std::int32_t percent =
         truncate_to_i32(static_cast<double>(d) * 100.0 / static_cast<double>(setup.diff_reference));
-    text.put_int(percent, 3);  // "%3d%%%%"
-    text.put("%%");
+    // "%3d%%%%", whose "%%" the CSV write halves; the one "%" it leaves is
+    // written at once, and passes that write as it stands (a digit before
+    // it, a comma behind).
+    text.put_int(percent, 3);
+    text.put('%');
     return text.len;
 }
 
