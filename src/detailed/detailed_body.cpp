@@ -188,7 +188,7 @@ int walk_rows(DlSession& session, int output_form, CsvSink& sink, CsvRow& rows) 
         rows.flush();
         if (csv_write(cell, sink) == 0) return 0;
 
-        const ScanStore* dac_store = scan.ascan_ref != nullptr ? session.scan_store.get() : nullptr;
+        const ScanStore* dac_store = scan.ascan_ref != nullptr ? session.scan_store : nullptr;
         if (print_reading_value(session, reading, sink, 0, layout, output_form, scan.ascan_ref,
                                 dac_store, scan.velocity_flag) == 0) {
             return 0;

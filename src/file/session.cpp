@@ -142,9 +142,9 @@ int reset_session(DlSession& session) {
     dl_close(stream);
     session = DlSession{};
     session.dl_stream = std::move(stream);
-    session.scan_store = make_zeroed<ScanStore>();
     session.memos = make_zeroed<SessionMemos>();
-    if (session.scan_store == nullptr || session.memos == nullptr) return 0;
+    if (session.memos == nullptr) return 0;
+    session.scan_store = &session.memos->scans;
     session.id_spec.recent_texts = &session.memos->id_texts;
     return 1;
 }

@@ -29,11 +29,16 @@ inline constexpr int SPLIT_C2_MAX = 18;
 inline constexpr int SPLIT_C1_MAX = 19;
 inline constexpr int SPLIT_C0_MAX = 20;
 
-// The texts a conversion remembers (see ident/id_spec.h); too large for
-// the session itself.
+// The large parts of a session: the texts a conversion remembers (see
+// ident/id_spec.h) and the store of the scan just read. They are one block
+// from calloc (make_zeroed), which the system hands out as fresh pages that
+// cost a fault only where a conversion uses them; a smaller block would come
+// from the heap, where calloc writes every zero of it (ten pages for the
+// scan store of a survey that has no scans).
 struct SessionMemos {
     RecentTexts id_texts{};
     WalkTexts walk_texts{};
+    ScanStore scans{};
 };
 
 struct DlSession {
@@ -80,9 +85,10 @@ struct DlSession {
     // The input stream; it stays open after a successful open. Its console
     // receives the read error lines.
     DlStream dl_stream{};
-    // The scan of the reading just read; each reading overwrites it, and its
-    // row and dump are written before the next slot is read.
-    ZeroedPtr<ScanStore> scan_store;
+    // The scan of the reading just read (in `memos`); each reading
+    // overwrites it, and its row and dump are written before the next slot
+    // is read.
+    ScanStore* scan_store = nullptr;
     // The text of the last velocity reading (make_velocity_text).
     char velocity_text[VELOCITY_TEXT_SIZE] = {};
     ZeroedPtr<SessionMemos> memos;

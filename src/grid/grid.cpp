@@ -140,7 +140,7 @@ int write_grid_cell(DlSession& session, std::int64_t storage_index, CsvSink& sin
     GridReading cell;
     if (read_grid_reading(session, storage_index, cell) == 0) return 0;
     return print_reading_value(session, cell.reading, sink, 1, layout, 0, cell.scan,
-                               cell.scan != nullptr ? session.scan_store.get() : nullptr,
+                               cell.scan != nullptr ? session.scan_store : nullptr,
                                cell.velocity_cell);
 }
 

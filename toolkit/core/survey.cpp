@@ -194,7 +194,7 @@ int read_point(Survey& survey, std::int64_t index, Point& point, std::string& wh
             point.ascan = scan.has_ascan != 0;
             point.bscan = scan.has_bscan != 0;
             ok = print_reading_value(session, reading, sink, 0, layout_of(session.gage_type), OUTPUT_GRID,
-                                     scan.ascan_ref, scan.ascan_ref != nullptr ? session.scan_store.get() : nullptr,
+                                     scan.ascan_ref, scan.ascan_ref != nullptr ? session.scan_store : nullptr,
                                      velocity);
         }
     } else {
@@ -206,7 +206,7 @@ int read_point(Survey& survey, std::int64_t index, Point& point, std::string& wh
             point.ascan = cell.scan != nullptr;
             point.bscan = record_type(cell.reading) == RECORD_BSCAN_LINK || record_type(cell.reading) == RECORD_BSCAN_BLOCK;
             ok = print_reading_value(session, reading, sink, 1, layout_of(session.gage_type), OUTPUT_GRID,
-                                     cell.scan, cell.scan != nullptr ? session.scan_store.get() : nullptr, velocity);
+                                     cell.scan, cell.scan != nullptr ? session.scan_store : nullptr, velocity);
             if (!text.empty() && text.back() == ',') text.pop_back();
         }
     }
