@@ -44,6 +44,29 @@ TEST(EntryPoints, RowWritersOfBothGauges) {
     EXPECT_EQ(written(velocity_pairs, 5, {.second_kind = 1, .max_value = 5000}), ",,,,,,");
 }
 
+// csv_write halves every "%%", pairing from the left, in the file and in
+// the echo alike; a "%" without a partner stays.
+TEST(EntryPoints, CsvWriteHalvesPercentPairsFromTheLeft) {
+    const struct {
+        const char* text;
+        const char* out;
+    } cases[] = {
+        {"", ""},           {"%", "%"},           {"%%", "%"},           {"%%%", "%%"},
+        {"%%%%", "%%"},     {"%%%%%", "%%%"},     {"a%b", "a%b"},        {"a%%b", "a%b"},
+        {"%a%%", "%a%"},    {"12%,DIFF", "12%,DIFF"}, {"5%%%,x%%", "5%%,x%"}, {"%%a%", "%a%"},
+    };
+    for (const auto& c : cases) {
+        std::string file;
+        CsvSink sink;
+        sink.context = &file;
+        sink.write = [](void* context, const char* text, std::size_t n) {
+            static_cast<std::string*>(context)->append(text, n);
+        };
+        EXPECT_EQ(csv_write(c.text, sink), 1);
+        EXPECT_EQ(file, c.out) << c.text;
+    }
+}
+
 TEST(EntryPoints, OpenListingAndBoundedTexts) {
     test::ScratchDir dir;
     test::SurveyHeader manual{.file_type = 10};
