@@ -80,6 +80,13 @@ PointWalk point_walk_begin(DlSession& session) {
     walk.stepper = cursor_stepper(session.first_inc, session.second_inc, session.third_inc,
                                   session.walk_pattern, type, session.fourth_inc);
     walk.regular = regular_box(session.id_spec.cursor);
+    if (walk.stepper.kind != 0 && walk.stepper.count > 0) {
+        walk.first = walk.stepper.number[0] - 1;
+        walk.first_stride = 1;
+        for (int d = 0; d < walk.first; ++d) {
+            walk.first_stride *= static_cast<std::uint64_t>(session.id_spec.cursor.dim_size[d]);
+        }
+    }
     // Stored identifiers and labels are read from the file and the suffix
     // of the boiler layout comes between the dimensions: those identifiers
     // are composed anew.
@@ -124,8 +131,17 @@ void point_walk_advance(DlSession& session, PointWalk& walk) {
     // The memo holds when the last step moved only the first dimension and
     // the identifier found the cursor where that step put it (no seek).
     const bool holds = walk.first_only && walk.at_index;
+    const auto& p = session.id_spec.cursor.dim_position;
+    const std::int64_t before = walk.first >= 0 ? p[walk.first] : 0;
     walk.first_only = cursor_stepper_step(session.id_spec.cursor, walk.stepper, walk.zigzag, holds);
-    walk.at_index = walk.at_index && walk.first_only;
+    if (walk.at_index && walk.first_only) {
+        // Inside the regular box the flat index moves with the first
+        // dimension by its stride (cursor_flat_index less its products).
+        const auto moved = static_cast<std::uint64_t>(p[walk.first] - before);
+        walk.storage_index = static_cast<std::uint32_t>(walk.storage_index + moved * walk.first_stride);
+        return;
+    }
+    walk.at_index = false;
     const std::int64_t next = cursor_flat_index(session.id_spec.cursor);
     walk.storage_index = static_cast<std::uint32_t>(static_cast<std::uint64_t>(next));
 }

@@ -45,6 +45,10 @@ struct PointWalk {
     bool stored_ids = false;
     // The step of the walk pattern, made once.
     CursorStepper stepper{};
+    // The first dimension of the step's order (-1: none) and how far the
+    // storage index moves when it moves by one inside the regular box.
+    int first = -1;
+    std::uint64_t first_stride = 0;
     ZigzagMemo zigzag{};
     // Whether a seek within the box gives back the positions it came from
     // (regular_box): then a cursor that stands at the storage index needs none.
