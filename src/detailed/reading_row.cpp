@@ -91,8 +91,7 @@ std::size_t first_value_text(char* out, const DlSession& session, const ReadingR
             return format_length(out, static_cast<std::int32_t>(f),
                                  length_form(units(reading), resolution(reading), LAYOUT_PRECISION, 0, mode));
         default:  // temperature, whatever the signal
-            format_temperature(out, NUMBER_TEXT_SIZE, static_cast<std::int32_t>(f), units(reading) == 1 ? 1u : 0u);
-            return std::strlen(out);
+            return temperature_text(out, static_cast<std::int32_t>(f), units(reading) == 1 ? 1u : 0u);
     }
 }
 

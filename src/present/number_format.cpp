@@ -361,6 +361,44 @@ void format_temperature(char* out, std::size_t size, std::int32_t fahrenheit, st
     }
 }
 
+std::size_t temperature_text(char* out, std::int32_t fahrenheit, std::uint32_t metric) {
+    static_assert(NUMBER_TEXT_SIZE >= 16);
+    if (fahrenheit < 0 || fahrenheit >= 10000) {
+        format_temperature(out, NUMBER_TEXT_SIZE, fahrenheit, metric);
+        return std::strlen(out);
+    }
+    if (metric == 0) {
+        // "%4i F": the four digits with blanks for the leading zeros but
+        // the last, then " F" and the terminator.
+        const std::uint32_t digits = length_word::FOUR_DIGITS[static_cast<std::size_t>(fahrenheit)];
+        const int zeros = __builtin_ctz((digits ^ 0x30303030u) | 0x01000000u) >> 3;
+        const auto blanks = static_cast<std::uint32_t>(length_word::LOW_BYTES[zeros]);
+        const std::uint64_t text = ((digits & ~blanks) | (0x20202020u & blanks)) | (std::uint64_t{' '} << 32) |
+                                   (std::uint64_t{'F'} << 40);
+        std::memcpy(out, &text, 8);
+        return 6;
+    }
+    // "% 4.1f C" of the same single-precision Celsius value as
+    // format_temperature, rounded to tenths as put_one_decimal rounds;
+    // below 5,557 degrees the text never reaches the bound.
+    const float f = static_cast<float>(fahrenheit);
+    const float celsius = ((f - 32.0f) * 5.0f + 4.0f) / 9.0f;
+    const double tenths = std::fabs(static_cast<double>(celsius)) * 10.0;
+    const double whole = std::floor(tenths);
+    const double fraction = tenths - whole;
+    auto q = static_cast<std::uint32_t>(whole);
+    if (fraction > 0.5 || (fraction == 0.5 && (q & 1u) != 0)) ++q;
+    const std::uint32_t units = q / 10;
+    const int n = 1 + (units >= 10 ? 1 : 0) + (units >= 100 ? 1 : 0) + (units >= 1000 ? 1 : 0);
+    const std::uint32_t digits = length_word::FOUR_DIGITS[units] >> (8 * (4 - n));
+    out[0] = std::signbit(celsius) ? '-' : ' ';
+    std::memcpy(out + 1, &digits, 4);
+    const std::uint64_t tail = std::uint64_t{'.'} | (std::uint64_t{'0' + q % 10} << 8) | (std::uint64_t{' '} << 16) |
+                               (std::uint64_t{'C'} << 24);
+    std::memcpy(out + 1 + n, &tail, 8);
+    return static_cast<std::size_t>(n) + 5;
+}
+
 void put_one_decimal(TextBuilder& o, float value) {
     // Rounded to tenths as printf rounds: from the exact binary value, a tie
     // to the even tenth. A float's 24 bits times ten are exact in a double,

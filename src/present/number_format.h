@@ -328,6 +328,12 @@ void format_temperature(char* out, std::size_t size, std::int32_t fahrenheit, st
 // printf's "% 4.1f" of a single-precision value, at the end of `o`.
 void put_one_decimal(TextBuilder& o, float value);
 
+// format_temperature's text into `out` of at least NUMBER_TEXT_SIZE bytes;
+// returns its length. The rows' temperatures (whole degrees below 10,000)
+// are put together from the four-digit texts, the rest as
+// format_temperature makes them.
+std::size_t temperature_text(char* out, std::int32_t fahrenheit, std::uint32_t metric);
+
 // Temperature coefficient of a count of 0.00001, computed in single
 // precision: -1500 gives "-0.01500". At most 9 characters.
 void format_temp_coefficient(char* out, std::size_t size, std::int32_t value);

@@ -241,6 +241,22 @@ TEST(FormatTemperature, FahrenheitCelsiusAndTheBound) {
     }
 }
 
+// The rows' way to the temperature text against format_temperature (which
+// the test above and the one-decimal test hold to printf), for every whole
+// degree a reading stores (20 bits), negative ones, and both units.
+TEST(FormatTemperature, RowTextLikeTheBoundedText) {
+    for (std::int32_t f = -20000; f <= 0xFFFFF; ++f) {
+        for (std::uint32_t metric : {0u, 1u}) {
+            char expected[NUMBER_TEXT_SIZE];
+            char made[NUMBER_TEXT_SIZE];
+            format_temperature(expected, sizeof expected, f, metric);
+            const std::size_t n = temperature_text(made, f, metric);
+            ASSERT_EQ(std::string(made, n), expected) << f << " " << metric;
+            ASSERT_EQ(made[n], '\0') << f << " " << metric;
+        }
+    }
+}
+
 TEST(TruncateToI32, TowardZeroAndTheProcessorValueOutOfRange) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const double inf = std::numeric_limits<double>::infinity();
