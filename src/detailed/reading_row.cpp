@@ -116,9 +116,7 @@ std::size_t difference_text(char* out, const DlSession& session, const ReadingRe
     // "%3d%%%%", whose "%%" the CSV write halves; the one "%" it leaves is
     // written at once, and passes that write as it stands (a digit before
     // it, a comma behind).
-    text.put_int(percent, 3);
-    text.put('%');
-    return text.len;
+    return percent_text(out, percent);
 }
 
 // A piece of the pairs, written whole and then cut where the piece buffer of

@@ -399,6 +399,31 @@ std::size_t temperature_text(char* out, std::int32_t fahrenheit, std::uint32_t m
     return static_cast<std::size_t>(n) + 5;
 }
 
+std::size_t percent_text(char* out, std::int32_t percent) {
+    if (percent <= -1000 || percent >= 10000) {
+        TextBuilder text(out, NUMBER_TEXT_SIZE);
+        text.put_int(percent, 3);
+        text.put('%');
+        return text.len;
+    }
+    // Blanks up to the width of 3, the sign and the digits (from the
+    // four-digit texts), the "%" and the terminator, in eight bytes.
+    const bool negative = percent < 0;
+    const auto m = static_cast<std::uint32_t>(negative ? -percent : percent);
+    const int n = 1 + (m >= 10 ? 1 : 0) + (m >= 100 ? 1 : 0) + (m >= 1000 ? 1 : 0);
+    const int body = n + (negative ? 1 : 0);
+    const int pad = body < 3 ? 3 - body : 0;
+    char text[16];
+    std::memcpy(text, "        ", 8);
+    text[pad] = '-';
+    const std::uint32_t digits = length_word::FOUR_DIGITS[m] >> (8 * (4 - n));
+    std::memcpy(text + pad + (negative ? 1 : 0), &digits, 4);
+    text[pad + body] = '%';
+    text[pad + body + 1] = '\0';
+    std::memcpy(out, text, 8);
+    return static_cast<std::size_t>(pad + body + 1);
+}
+
 void put_one_decimal(TextBuilder& o, float value) {
     // Rounded to tenths as printf rounds: from the exact binary value, a tie
     // to the even tenth. A float's 24 bits times ten are exact in a double,

@@ -334,6 +334,11 @@ void put_one_decimal(TextBuilder& o, float value);
 // format_temperature makes them.
 std::size_t temperature_text(char* out, std::int32_t fahrenheit, std::uint32_t metric);
 
+// A percentage as the CSV shows it, printf's "%3d%%" (the "%%%%" of the
+// format once the CSV write has halved it), into `out` of at least
+// NUMBER_TEXT_SIZE bytes; returns its length.
+std::size_t percent_text(char* out, std::int32_t percent);
+
 // Temperature coefficient of a count of 0.00001, computed in single
 // precision: -1500 gives "-0.01500". At most 9 characters.
 void format_temp_coefficient(char* out, std::size_t size, std::int32_t value);

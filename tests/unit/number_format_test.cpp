@@ -2,8 +2,10 @@
 
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <limits>
 #include <string>
+#include <vector>
 
 #include "present/number_format.h"
 
@@ -254,6 +256,24 @@ TEST(FormatTemperature, RowTextLikeTheBoundedText) {
             ASSERT_EQ(std::string(made, n), expected) << f << " " << metric;
             ASSERT_EQ(made[n], '\0') << f << " " << metric;
         }
+    }
+}
+
+// The percentage of the DIFF cell against printf's "%3d%%", around the fast
+// range and at the limits of the type.
+TEST(PercentText, LikeSnprintf) {
+    std::vector<std::int32_t> values;
+    for (std::int32_t v = -30000; v <= 30000; ++v) values.push_back(v);
+    for (std::int32_t v : {std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max(), -99999, 99999}) {
+        values.push_back(v);
+    }
+    for (std::int32_t v : values) {
+        char expected[NUMBER_TEXT_SIZE];
+        std::snprintf(expected, sizeof expected, "%3d%%", v);
+        char made[NUMBER_TEXT_SIZE];
+        const std::size_t n = percent_text(made, v);
+        ASSERT_EQ(std::string(made, n), expected) << v;
+        ASSERT_EQ(made[n], '\0') << v;
     }
 }
 
