@@ -131,7 +131,22 @@ void point_walk_advance(DlSession& session, PointWalk& walk) {
     // The memo holds when the last step moved only the first dimension and
     // the identifier found the cursor where that step put it (no seek).
     const bool holds = walk.first_only && walk.at_index;
-    const auto& p = session.id_spec.cursor.dim_position;
+    auto& p = session.id_spec.cursor.dim_position;
+    if (holds) {
+        // The usual step: the last one moved the first dimension alone
+        // inside the box, so this one moves it the same way (the
+        // odometer's first place, or the zigzag's kept move) unless it
+        // leaves the dimension's size.
+        const std::int64_t delta = walk.stepper.kind == 1 ? walk.stepper.delta : walk.zigzag.delta;
+        const auto moved = static_cast<std::int64_t>(static_cast<std::uint64_t>(p[walk.first]) +
+                                                     static_cast<std::uint64_t>(delta));
+        if (moved >= 0 && moved < session.id_spec.cursor.dim_size[walk.first]) {
+            p[walk.first] = moved;
+            walk.storage_index = static_cast<std::uint32_t>(walk.storage_index +
+                                                            static_cast<std::uint64_t>(delta) * walk.first_stride);
+            return;
+        }
+    }
     const std::int64_t before = walk.first >= 0 ? p[walk.first] : 0;
     walk.first_only = cursor_stepper_step(session.id_spec.cursor, walk.stepper, walk.zigzag, holds);
     if (walk.at_index && walk.first_only) {
