@@ -9,7 +9,10 @@
 namespace {
 
 ugf::DlSession session;
-char output_buffer[1 << 16];
+// Every write of the output file has a cost of its own in the system (the
+// file's times, its journal) besides its bytes: 128 KiB a write halves the
+// writes of 64 KiB for 16 more pages of memory.
+char output_buffer[1 << 17];
 std::FILE* output = nullptr;
 
 int open_input(void*, ugf::DlSession& s, const char* path) { return ugf::open_datalogger_session(s, path); }
