@@ -26,9 +26,7 @@ struct PageView {
     std::size_t length = 0;
 };
 
-// The page holding `offset` when it is not the last one taken: the caller's
-// memory, or a page of the cache, read into it when it isn't there; no
-// bytes when the seek fails.
+// Page `number` at `bytes` becomes the page of the last read.
 PageView take_page(DlStream& stream, std::uint64_t number, const std::uint8_t* bytes, std::size_t length) {
     stream.last_page = number + 1;
     stream.last_bytes = bytes;
@@ -36,6 +34,9 @@ PageView take_page(DlStream& stream, std::uint64_t number, const std::uint8_t* b
     return {bytes, length};
 }
 
+// The page holding `offset` when it is not the last one taken: the caller's
+// memory, or a page of the cache, read into it when it isn't there; no
+// bytes when the seek fails.
 [[gnu::noinline]] PageView fetch_page_slow(DlStream& stream, std::uint64_t offset) {
     const std::uint64_t number = offset / FILE_PAGE_SIZE;
     if (stream.memory != nullptr) {

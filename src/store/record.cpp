@@ -25,7 +25,7 @@ std::uint64_t slot_capacity(DlSession& session) {
 
 // Field by field, out of line: the usual record's way keeps no registers
 // for it.
-int read_record_fields(DlSession& session, ReadingRecord& record, std::uint64_t offset) {
+[[gnu::noinline]] int read_record_fields(DlSession& session, ReadingRecord& record, std::uint64_t offset) {
     FieldRun f{session.dl_stream, offset};
     return fill_record_head(session, record, f);
 }
