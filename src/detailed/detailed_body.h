@@ -24,20 +24,6 @@ int export_linear_file(DlSession& session, int output_form, CsvSink& sink);
 // and the setups. 1 or 0.
 int export_detailed_body(DlSession& session, CsvSink& sink);
 
-// What the merge of a scan head tells the walk about one reading.
-struct ReadingScan {
-    int velocity_flag = 0;                // a velocity reading; its text is the session's velocity_text
-    const AscanRecord* ascan_ref = nullptr;  // the reading's A-scan, when it has one
-    int has_ascan = 0;
-    int has_bscan = 0;
-};
-
-// Brings the head of the block behind a link into the reading, so that the
-// row shows what the block says, and reports what the reading carries. The
-// thickness gauges take the head as it stands (and test it for a velocity
-// reading); the flaw detector keeps the slot's own type bits and merges the
-// setup number, the notes, the scan marks and the box values.
-ReadingScan merge_scan_head(DlSession& session, ReadingRecord& reading, const ScanStore& store);
 
 // The 20 custom point labels of the header under their title, one row each,
 // empty ones included. 1, or 0 when a label can't be read.

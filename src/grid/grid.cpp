@@ -2,6 +2,7 @@
 
 #include "store/session_id.h"
 #include "present/reading_value.h"
+#include "present/scan_head.h"
 #include "store/record.h"
 #include "store/scan.h"
 
@@ -25,12 +26,9 @@ GridSizes sizes_of(const DlSession& session) {
             static_cast<std::uint32_t>(size[2]), static_cast<std::uint32_t>(size[3])};
 }
 
-DigitLayout layout_of(std::int32_t gage_type) {
-    switch (gage_type) {
-        case GAGE_PRECISION: return LAYOUT_PRECISION;
-        case GAGE_FLAW_DETECTOR: return LAYOUT_FLAW;
-        default: return LAYOUT_STANDARD;
-    }
+// The storage index of positions x, y, k, m of dimensions 0 to 3.
+std::uint32_t index_of(const GridSizes& g, std::uint32_t x, std::uint32_t y, std::uint32_t k = 0, std::uint32_t m = 0) {
+    return grid_storage_index(g.s0, g.s1, g.s2, x, y, k, m);
 }
 
 // The title of a dimension at a storage index, with its comma in front
@@ -104,35 +102,8 @@ int read_grid_reading(DlSession& session, std::int64_t storage_index, GridReadin
     reading = ReadingRecord{};
     scan = nullptr;
     velocity_cell = 0;
-    ScanStore& scan_store = *session.scan_store;
-    if (read_reading(session, storage_index, reading, scan_store, 0) == 0) return 0;
-
-    const bool flaw = session.gage_type == GAGE_FLAW_DETECTOR;
-    if (record_type(reading) == RECORD_ASCAN_LINK) {
-        reading = scan_store.ascan.head;
-        if (flaw) {
-            reading.word1 = scan_store.ascan.box_value[0];
-            reading.word2 = scan_store.ascan.box_value[1];
-            reading.word3 = scan_store.ascan.box_value[2];
-        }
-        scan = &scan_store.ascan;
-    }
-    if (record_type(reading) == RECORD_BSCAN_LINK) {
-        const ReadingRecord& head = scan_store.bscan.head;
-        if (flaw) {
-            // The flaw detector keeps the slot's first word for a B-scan.
-            reading.word1 = head.word1;
-            reading.word2 = head.word2;
-            reading.word3 = head.word3;
-        } else {
-            reading = head;
-        }
-    }
-    // One velocity test, behind the merge: it covers a block head too.
-    if (!flaw && record_type(reading) != RECORD_BSCAN_LINK && is_velocity_reading(reading)) {
-        velocity_cell = 1;
-        make_velocity_text(session, velocity_value(reading), units(reading));
-    }
+    if (read_reading(session, storage_index, reading, *session.scan_store, 0) == 0) return 0;
+    scan = merge_grid_head(session, reading, *session.scan_store, velocity_cell);
     return 1;
 }
 
@@ -146,17 +117,17 @@ int write_grid_cell(DlSession& session, std::int64_t storage_index, CsvSink& sin
 
 int export_grid_1d(DlSession& session, CsvSink& sink) {
     const GridSizes g = sizes_of(session);
-    const DigitLayout layout = layout_of(session.gage_type);
+    const DigitLayout layout = digit_layout_of(session.gage_type);
     if (titles_fit(session, g.s0, g.s1) == 0) return 0;
     CellBudget budget{slot_capacity(session) + 1};
     for (std::uint32_t c = 0; c < g.s0; ++c) {
-        if (write_title(session, sink, 0, c, true) == 0) return 0;
+        if (write_title(session, sink, 0, index_of(g, c, 0), true) == 0) return 0;
     }
     if (csv_write(",\n", sink) == 0) return 0;
     for (std::uint32_t r = 0; r < g.s1; ++r) {
-        if (write_title(session, sink, 1, r * g.s0, false) == 0) return 0;
+        if (write_title(session, sink, 1, index_of(g, 0, r), false) == 0) return 0;
         for (std::uint32_t c = 0; c < g.s0; ++c) {
-            if (write_budgeted_cell(session, r * g.s0 + c, sink, layout, budget) == 0) return 0;
+            if (write_budgeted_cell(session, index_of(g, c, r), sink, layout, budget) == 0) return 0;
         }
         if (csv_write(",\n", sink) == 0) return 0;
     }
@@ -165,18 +136,18 @@ int export_grid_1d(DlSession& session, CsvSink& sink) {
 
 int export_grid_2d(DlSession& session, CsvSink& sink) {
     const GridSizes g = sizes_of(session);
-    const DigitLayout layout = layout_of(session.gage_type);
+    const DigitLayout layout = digit_layout_of(session.gage_type);
     if (titles_fit(session, g.s1, g.s0) == 0) return 0;
     CellBudget budget{slot_capacity(session) + 1};
     if (csv_write(",", sink) == 0) return 0;
     for (std::uint32_t r = 0; r < g.s1; ++r) {
-        if (write_title(session, sink, 1, r * g.s0, false) == 0) return 0;
+        if (write_title(session, sink, 1, index_of(g, 0, r), false) == 0) return 0;
     }
     if (csv_write("\n", sink) == 0) return 0;
     for (std::uint32_t i = 0; i < g.s0; ++i) {
-        if (write_title(session, sink, 0, i, false) == 0) return 0;
+        if (write_title(session, sink, 0, index_of(g, i, 0), false) == 0) return 0;
         for (std::uint32_t j = 0; j < g.s1; ++j) {
-            if (write_budgeted_cell(session, j * g.s0 + i, sink, layout, budget) == 0) return 0;
+            if (write_budgeted_cell(session, index_of(g, i, j), sink, layout, budget) == 0) return 0;
         }
         if (csv_write("\n", sink) == 0) return 0;
     }
@@ -185,25 +156,25 @@ int export_grid_2d(DlSession& session, CsvSink& sink) {
 
 int export_grid_3d(DlSession& session, CsvSink& sink) {
     const GridSizes g = sizes_of(session);
-    const DigitLayout layout = layout_of(session.gage_type);
+    const DigitLayout layout = digit_layout_of(session.gage_type);
     if (titles_fit(session, titles_of(g.s2, g.s0), g.s1) == 0) return 0;
     CellBudget budget{slot_capacity(session) + 1};
     for (std::uint32_t k = 0; k < g.s2; ++k) {
-        if (write_title(session, sink, 2, k * g.s0 * g.s1, true) == 0) return 0;
+        if (write_title(session, sink, 2, index_of(g, 0, 0, k), true) == 0) return 0;
         if (write_filler(sink, g.s0) == 0) return 0;
     }
     if (csv_write(",\n", sink) == 0) return 0;
     for (std::uint32_t k = 0; k < g.s2; ++k) {
         for (std::uint32_t c = 0; c < g.s0; ++c) {
-            if (write_title(session, sink, 0, c, true) == 0) return 0;
+            if (write_title(session, sink, 0, index_of(g, c, 0), true) == 0) return 0;
         }
     }
     if (csv_write(",\n", sink) == 0) return 0;
     for (std::uint32_t r = 0; r < g.s1; ++r) {
-        if (write_title(session, sink, 1, r * g.s0, false) == 0) return 0;
+        if (write_title(session, sink, 1, index_of(g, 0, r), false) == 0) return 0;
         for (std::uint32_t k = 0; k < g.s2; ++k) {
             for (std::uint32_t c = 0; c < g.s0; ++c) {
-                if (write_budgeted_cell(session, (k * g.s1 + r) * g.s0 + c, sink, layout, budget) == 0) return 0;
+                if (write_budgeted_cell(session, index_of(g, c, r, k), sink, layout, budget) == 0) return 0;
             }
         }
         if (csv_write(",\n", sink) == 0) return 0;
@@ -213,17 +184,17 @@ int export_grid_3d(DlSession& session, CsvSink& sink) {
 
 int export_grid_4d(DlSession& session, CsvSink& sink) {
     const GridSizes g = sizes_of(session);
-    const DigitLayout layout = layout_of(session.gage_type);
+    const DigitLayout layout = digit_layout_of(session.gage_type);
     if (titles_fit(session, titles_of(titles_of(g.s3, g.s2), g.s0), g.s1) == 0) return 0;
     CellBudget budget{slot_capacity(session) + 1};
     for (std::uint32_t m = 0; m < g.s3; ++m) {
-        if (write_title(session, sink, 3, m * g.s0 * g.s1 * g.s2, true) == 0) return 0;
+        if (write_title(session, sink, 3, index_of(g, 0, 0, 0, m), true) == 0) return 0;
         if (write_filler(sink, g.s0 * g.s2) == 0) return 0;
     }
     if (csv_write(",\n", sink) == 0) return 0;
     for (std::uint32_t m = 0; m < g.s3; ++m) {
         for (std::uint32_t k = 0; k < g.s2; ++k) {
-            if (write_title(session, sink, 2, k * g.s0 * g.s1, true) == 0) return 0;
+            if (write_title(session, sink, 2, index_of(g, 0, 0, k), true) == 0) return 0;
             if (write_filler(sink, g.s0) == 0) return 0;
         }
     }
@@ -231,17 +202,17 @@ int export_grid_4d(DlSession& session, CsvSink& sink) {
     for (std::uint32_t m = 0; m < g.s3; ++m) {
         for (std::uint32_t k = 0; k < g.s2; ++k) {
             for (std::uint32_t c = 0; c < g.s0; ++c) {
-                if (write_title(session, sink, 0, c, true) == 0) return 0;
+                if (write_title(session, sink, 0, index_of(g, c, 0), true) == 0) return 0;
             }
         }
     }
     if (csv_write(",\n", sink) == 0) return 0;
     for (std::uint32_t r = 0; r < g.s1; ++r) {
-        if (write_title(session, sink, 1, r * g.s0, false) == 0) return 0;
+        if (write_title(session, sink, 1, index_of(g, 0, r), false) == 0) return 0;
         for (std::uint32_t m = 0; m < g.s3; ++m) {
             for (std::uint32_t k = 0; k < g.s2; ++k) {
                 for (std::uint32_t c = 0; c < g.s0; ++c) {
-                    const std::uint32_t index = ((m * g.s2 + k) * g.s1 + r) * g.s0 + c;
+                    const std::uint32_t index = index_of(g, c, r, k, m);
                     if (write_budgeted_cell(session, index, sink, layout, budget) == 0) return 0;
                 }
             }

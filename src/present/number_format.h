@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "base/file_types.h"
 #include "base/text_builder.h"
 
 namespace ugf {
@@ -29,6 +30,14 @@ enum DigitLayout : std::int32_t {
     LAYOUT_PRECISION = 1,
     LAYOUT_FLAW = 2,
 };
+
+// The digit table of a gage type: any instrument but the precision gauge and
+// the flaw detector prints the corrosion gauge's digits.
+inline DigitLayout digit_layout_of(std::int32_t gage_type) {
+    return gage_type == GAGE_PRECISION       ? LAYOUT_PRECISION
+           : gage_type == GAGE_FLAW_DETECTOR ? LAYOUT_FLAW
+                                             : LAYOUT_STANDARD;
+}
 
 // Measurement mode whose lengths count 0.01 mil or 0.01 micron ("CP").
 inline constexpr std::uint32_t MEAS_MODE_CP = 5;

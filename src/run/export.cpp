@@ -11,21 +11,15 @@ namespace ugf {
 
 namespace {
 
-// NOTES, SETUP and INCREMENTAL files have no export, nor has an unknown type.
-bool has_export(std::int32_t file_type) {
-    return file_type >= FILE_TYPE_LINEAR && file_type <= FILE_TYPE_4D_MANUAL &&
-           file_type != FILE_TYPE_NOTES && file_type != FILE_TYPE_SETUP &&
-           file_type != FILE_TYPE_INCREMENTAL;
-}
-
 int export_grid(DlSession& session, CsvSink& sink) {
-    switch (session.file_type) {
-        case FILE_TYPE_LINEAR_CPT: return export_grid_1d(session, sink);
-        case FILE_TYPE_2D:
-        case FILE_TYPE_2D_MANUAL: return export_grid_2d(session, sink);
-        case FILE_TYPE_4D_MANUAL: return export_grid_4d(session, sink);
-        default: return export_grid_3d(session, sink);  // 2D+CPT, 3D, BOILER, 3D-MANUAL
+    switch (grid_shape(session.file_type).kind) {
+        case GRID_1D: return export_grid_1d(session, sink);
+        case GRID_2D: return export_grid_2d(session, sink);
+        case GRID_4D: return export_grid_4d(session, sink);
+        case GRID_3D: return export_grid_3d(session, sink);
+        case GRID_LINES: break;
     }
+    return export_linear_file(session, OUTPUT_GRID, sink);
 }
 
 int export_detailed(DlSession& session, CsvSink& sink) {
@@ -45,11 +39,9 @@ int export_detailed(DlSession& session, CsvSink& sink) {
 }  // namespace
 
 int export_datalogger_file(DlSession& session, int output_form, CsvSink& sink) {
-    if (!has_export(session.file_type)) return 0;
-    if (session.file_type == FILE_TYPE_LINEAR || session.file_type == FILE_TYPE_MANUAL) {
-        return export_linear_file(session, output_form, sink);
-    }
+    if (!file_type_has_output(session.file_type)) return 0;
     if (output_form != OUTPUT_DETAILED) return export_grid(session, sink);
+    if (grid_shape(session.file_type).kind == GRID_LINES) return export_linear_file(session, output_form, sink);
     return export_detailed(session, sink);
 }
 

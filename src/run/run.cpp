@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "run/export.h"
+#include "run/output_name.h"
 
 namespace ugf {
 
@@ -74,8 +75,10 @@ int run_converter(int argc, const char* const* argv, DlSession& session, const R
         return 1;
     }
 
-    const char* ending = output_form == OUTPUT_DETAILED ? "_detailed_output.csv" : "_grid_output.csv";
-    std::memcpy(output_path + length - 4, ending, std::strlen(ending) + 1);
+    const char* suffix = output_form_suffix(output_form);
+    char* end = output_path + output_stem_length(length);
+    std::memcpy(end, suffix, std::strlen(suffix));
+    std::memcpy(end + std::strlen(suffix), CSV_EXTENSION, std::strlen(CSV_EXTENSION) + 1);
 
     if (io.create_output(io.context, output_path, sink) == 0) {
         std::free(output_path);
