@@ -12,12 +12,12 @@
 #include <string>
 #include <vector>
 
-#include "core/compare.h"
-#include "core/convert.h"
-#include "core/output.h"
-#include "core/stats.h"
-#include "core/survey.h"
-#include "core/survey_json.h"
+#include "ugf/compare.hpp"
+#include "ugf/convert.hpp"
+#include "ugf/files.hpp"
+#include "ugf/stats.hpp"
+#include "ugf/survey.hpp"
+#include "ugf/json.hpp"
 
 namespace py = pybind11;
 using namespace ugf::kit;
@@ -111,17 +111,17 @@ py::dict info(PySurvey& s) {
     py::list notes;
     for (const std::string& n : f.notes) notes.append(text(n));
     py::dict d;
-    d["file_type"] = f.file_type;
+    d["file_type_name"] = f.file_type_name;
     d["instrument"] = f.instrument;
     d["model"] = text(f.model);
     d["units"] = units;
     d["first_id"] = text(f.first_id);
     d["last_id"] = text(f.last_id);
-    d["pattern"] = f.pattern;
+    d["walk_pattern_name"] = f.walk_pattern_name;
     d["points"] = f.points;
     d["setups_used"] = setups;
     d["description"] = text(f.description);
-    d["inspector"] = text(f.inspector);
+    d["inspector_id"] = text(f.inspector_id);
     d["location"] = text(f.location);
     d["notes"] = notes;
     return d;
@@ -249,14 +249,14 @@ py::list scans(PySurvey& s, bool want_ascans) {
         d["id"] = text(a.id);
         d["reading"] = text(a.reading);
         d["units"] = a.units;
-        d["max"] = array_of(a.max_samples);
-        d["min"] = array_of(a.min_samples);
-        d["peak"] = array_of(a.peak_samples);
+        d["max_samples"] = array_of(a.max_samples);
+        d["min_samples"] = array_of(a.min_samples);
+        d["peak_samples"] = array_of(a.peak_samples);
         d["delay"] = a.delay;
         d["range"] = a.range;
         py::list marks;
         for (const auto& m : a.marks) marks.append(py::dict(py::arg("name") = m.name, py::arg("position") = m.position, py::arg("amplitude") = m.amplitude));
-        d["gates"] = marks;
+        d["marks"] = marks;
         d["gate1_alarm"] = a.gate1_alarm;
         d["gate2_alarm"] = a.gate2_alarm;
         d["dac_points"] = a.dac_points;
@@ -283,7 +283,7 @@ void to_csv(PySurvey& s, const std::string& path, const std::string& form, bool 
     int ok = 0;
     {
         py::gil_scoped_release release;
-        ok = convert_to_file(s.survey, {form == "detailed" ? ugf::OUTPUT_DETAILED : ugf::OUTPUT_GRID, quote}, path, why);
+        ok = convert_to_file(s.survey, {form == "detailed" ? FORM_DETAILED : FORM_GRID, quote}, path, why);
     }
     if (ok == 0) s.fail(why);
 }
@@ -367,7 +367,7 @@ PYBIND11_MODULE(ugf, m) {
         "Datalogger surveys (.ugf) of ultrasonic thickness gauges and flaw detectors, as arrays and tables.\n\n"
         "    import ugf\n"
         "    with ugf.open('tank4.ugf') as survey:\n"
-        "        print(survey.info['file_type'], survey.stats()['mean'])\n"
+        "        print(survey.info['file_type_name'], survey.stats()['mean'])\n"
         "        table = survey.points()          # pandas.DataFrame, or a dict of numpy arrays\n"
         "        values, rows, columns = survey.grid(0)\n\n"
         "Readings are the numbers that the points' grid cells show, in the survey's units.\n"
@@ -377,8 +377,8 @@ PYBIND11_MODULE(ugf, m) {
 
     py::class_<PySurvey>(m, "Survey", "An open survey (from ugf.open). Use it as a context manager, or call close().")
         .def_property_readonly("info", &info,
-                               "The survey's facts: file type, instrument, units, first and last identifier, walk "
-                               "pattern, point count, setups used, description, inspector, location, notes.")
+                               "The survey's facts: file_type_name, instrument, model, units, first_id, last_id, "
+                               "walk_pattern_name, points, setups_used, description, inspector_id, location, notes.")
         .def("points", &points,
              "One row per point in the detailed form's order, as a pandas.DataFrame when pandas can be imported "
              "and otherwise a dict of numpy arrays. Columns: id, value (float64, NaN where the cell shows no "
@@ -395,8 +395,8 @@ PYBIND11_MODULE(ugf, m) {
              "The storage index of each cell of the k-th grid (a 2-D int64 array): the `index` column of points() "
              "tells which point stands where.")
         .def("ascans", [](PySurvey& s) { return scans(s, true); },
-             "The stored A-scans: dicts with id, reading, units, max, min, peak (numpy arrays of trace amplitudes), "
-             "delay, range, gates (name, position, amplitude), gate alarms and DAC points.")
+             "The stored A-scans: dicts with id, reading, units, max_samples, min_samples, peak_samples (numpy arrays "
+             "of trace amplitudes), delay, range, marks (name, position, amplitude), gate alarms and DAC points.")
         .def("bscans", [](PySurvey& s) { return scans(s, false); },
              "The stored B-scans: dicts with id, reading, units, values (float64 thickness profile, NaN where lost), "
              "texts and alarms.")
@@ -409,13 +409,13 @@ PYBIND11_MODULE(ugf, m) {
              "Every field of the survey as JSON (docs/survey.schema.json): returned as a str, or written to path.")
         .def("close", [](PySurvey& s) {
                 std::lock_guard<std::mutex> guard(s.lock);
-                close_datalogger_session(*s.survey.session);
+                close_survey(s.survey);
                 s.open = false;
             }, "Closes the file.")
         .def("__enter__", [](PySurvey& s) -> PySurvey& { return s; }, py::return_value_policy::reference)
         .def("__exit__", [](PySurvey& s, py::object, py::object, py::object) {
                 std::lock_guard<std::mutex> guard(s.lock);
-                close_datalogger_session(*s.survey.session);
+                close_survey(s.survey);
                 s.open = false;
             })
         .def("__repr__", [](PySurvey& s) { return "<ugf.Survey " + s.survey.path + (s.open ? "" : " (closed)") + ">"; });

@@ -12,14 +12,14 @@
 #include <string>
 #include <vector>
 
-#include "core/compare.h"
-#include "core/convert.h"
-#include "core/report.h"
-#include "core/survey.h"
-#include "run/run.h"
+#include "ugf/compare.hpp"
+#include "ugf/convert.hpp"
+#include "ugf/converter.hpp"
+#include "ugf/files.hpp"
+#include "ugf/report.hpp"
+#include "ugf/survey.hpp"
 
 using emscripten::val;
-using namespace ugf;
 using namespace ugf::kit;
 
 namespace {
@@ -60,12 +60,6 @@ PageSurvey* opened(int id, val& result) {
     return s;
 }
 
-std::string stem_of(const std::string& name) {
-    return name.size() >= 4 && (name.compare(name.size() - 4, 4, ".ugf") == 0 || name.compare(name.size() - 4, 4, ".UGF") == 0)
-               ? name.substr(0, name.size() - 4)
-               : name;
-}
-
 val bytes_of(const std::string& text) {
     val array = val::global("Uint8Array").new_(text.size());
     array.call<void>("set", val(emscripten::typed_memory_view(text.size(), reinterpret_cast<const std::uint8_t*>(text.data()))));
@@ -88,62 +82,29 @@ void remove_survey(int id) { surveys().by_id.erase(id); }
 
 // The run of `ugf2csv NAME d a` (or g) on the survey's bytes: its console
 // text, its status, and the output file's name and bytes when it made one.
-struct PageRun {
-    PageSurvey* survey = nullptr;
-    std::string output;
-    std::string console;
-    std::size_t reported = 0;  // output bytes at the last report of progress
-    val progress = val::undefined();
-};
-
-void print(void* context, const char* text) { static_cast<PageRun*>(context)->console += text; }
-
-int open_input(void* context, DlSession& session, const char*) {
-    PageSurvey& s = *static_cast<PageRun*>(context)->survey;
-    return open_datalogger_memory(session, s.bytes.data(), s.bytes.size());
-}
-
-void write_output(void* context, const char* text, std::size_t n) {
-    auto& run = *static_cast<PageRun*>(context);
-    run.output.append(text, n);
-    // A report of progress for each MiB of output.
-    if (!run.progress.isUndefined() && run.output.size() - run.reported >= (1u << 20)) {
-        run.progress(static_cast<double>(run.output.size()));
-        run.reported = run.output.size();
-    }
-}
-
-int create_output(void* context, const char*, CsvSink& sink) {
-    sink.write = write_output;
-    sink.context = context;
-    return 1;
-}
-
-int finish_output(void*, CsvSink&) { return 1; }
-
 val run_converter_on(int id, const std::string& form, const val& progress) {
     val result = val::object();
     PageSurvey* s = find(id);
     if (s == nullptr) return result;
-    PageRun run;
-    run.survey = s;
-    run.progress = progress;
-    RunIo io;
-    io.console = {print, &run};
-    io.open_input = open_input;
-    io.create_output = create_output;
-    io.finish_output = finish_output;
-    io.context = &run;
-    const char* argv[] = {"ugf2csv", s->name.c_str(), form.c_str(), "a", nullptr};
-    auto session = std::make_unique<DlSession>();
-    const int status = run_converter(4, argv, *session, io);
-    result.set("status", status);
+    std::string output;
+    std::size_t reported = 0;  // output bytes at the last report of progress
+    ConverterRun run;
+    run_converter_on_bytes(s->name, s->bytes.data(), s->bytes.size(), form, [&](const char* text, std::size_t n) {
+        output.append(text, n);
+        // A report of progress for each MiB of output.
+        if (!progress.isUndefined() && output.size() - reported >= (1u << 20)) {
+            progress(static_cast<double>(output.size()));
+            reported = output.size();
+        }
+        return 1;
+    }, run);
+    result.set("status", run.status);
     result.set("console", run.console);
-    if (status == 0) {
+    if (run.status == 0) {
         ConvertOptions options;
-        options.form = form == "g" ? OUTPUT_GRID : OUTPUT_DETAILED;
-        result.set("name", stem_of(s->name) + output_ending(options));
-        result.set("bytes", bytes_of(run.output));
+        options.form = form == "g" ? FORM_GRID : FORM_DETAILED;
+        result.set("name", output_name(s->name, options));
+        result.set("bytes", bytes_of(output));
     }
     return result;
 }
@@ -153,13 +114,13 @@ val convert_extra(int id, const std::string& kind, const std::string& form) {
     val result = val::object();
     PageSurvey* s = opened(id, result);
     if (s == nullptr) return result;
-    ConvertOptions options{form == "g" ? OUTPUT_GRID : OUTPUT_DETAILED, kind == "quoted", kind == "xlsx"};
+    ConvertOptions options{form == "g" ? FORM_GRID : FORM_DETAILED, kind == "quoted", kind == "xlsx"};
     std::string out, why;
     if (convert_to_text(s->survey, options, out, why) == 0) {
         result.set("error", s->name + ": " + why);
         return result;
     }
-    result.set("name", stem_of(s->name) + (kind == "quoted" ? std::string("_quoted") : std::string()) + output_ending(options));
+    result.set("name", output_name(s->name, (kind == "quoted" ? std::string("_quoted") : std::string()) + output_ending(options)));
     result.set("bytes", bytes_of(out));
     return result;
 }
@@ -176,7 +137,7 @@ val report(int id, double minimum, double nominal) {
         result.set("error", s->name + ": " + why);
         return result;
     }
-    result.set("name", stem_of(s->name) + "_report.html");
+    result.set("name", output_name(s->name, REPORT_ENDING));
     result.set("html", page);
     return result;
 }
@@ -194,9 +155,9 @@ val compare(int baseline_id, int latest_id, double years, double minimum) {
         result.set("error", why);
         return result;
     }
-    result.set("csvName", stem_of(l->name) + "_compare.csv");
+    result.set("csvName", output_name(l->name, COMPARE_CSV_ENDING));
     result.set("csv", bytes_of(compare_csv(comparison)));
-    result.set("htmlName", stem_of(l->name) + "_compare.html");
+    result.set("htmlName", output_name(l->name, COMPARE_PAGE_ENDING));
     result.set("html", page);
     return result;
 }

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "core/survey.h"
+#include "ugf/survey.hpp"
 
 namespace ugf::kit {
 

@@ -26,9 +26,19 @@ int find_surveys(const std::string& path, std::vector<Input>& inputs, std::strin
 // Whether a name ends in ".ugf" in any case.
 bool has_survey_extension(const std::string& name);
 
-// The name the converter gives an output: the input's name without its
-// extension and with `ending` ("_detailed_output.csv"), beside the input, or
-// in `out_dir` (and its subfolder) when that isn't empty.
+// The endings of the toolkit's other outputs.
+inline constexpr const char* REPORT_ENDING = "_report.html";
+inline constexpr const char* COMPARE_CSV_ENDING = "_compare.csv";
+inline constexpr const char* COMPARE_PAGE_ENDING = "_compare.html";
+inline constexpr const char* JSON_ENDING = "_survey.json";
+
+// The name the converter gives an output of the survey file `name`: the name
+// without its extension ".ugf" (in any case) and with `ending`
+// ("_detailed_output.csv"). A name without that extension keeps all of it.
+std::string output_name(const std::string& name, const std::string& ending);
+
+// The same beside the input, or in `out_dir` (and the input's subfolder)
+// when that isn't empty.
 std::string output_path(const Input& input, const std::string& ending, const std::string& out_dir);
 
 // An output being written: `file` writes to a temporary file beside the
@@ -50,5 +60,15 @@ void atomic_abandon(AtomicFile& out);
 
 // Writes `bytes` to `target` through an AtomicFile.
 int write_file_atomically(const std::string& target, const std::string& bytes, bool text, std::string& why);
+
+#if defined(_WIN32)
+// The wide-character command line of a Windows program as UTF-8 texts, and
+// an argv over them.
+struct Arguments {
+    std::vector<std::string> texts;
+    std::vector<const char*> argv;
+};
+Arguments utf8_arguments(int argc, wchar_t** argv);
+#endif
 
 }  // namespace ugf::kit

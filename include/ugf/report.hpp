@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#include "core/survey.h"
+#include "ugf/survey.hpp"
 
 namespace ugf::kit {
 

@@ -11,7 +11,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "core/survey.h"
+#include "ugf/survey.hpp"
 
 namespace ugf::kit {
 
@@ -19,7 +19,7 @@ struct Stats {
     std::string path;
     std::string instrument;
     std::string model;
-    std::string file_type;
+    std::string file_type_name;
     std::string units;  // of the most readings; others are converted to these
     std::uint64_t points = 0;
     std::uint64_t readings = 0;  // thickness readings with a number

@@ -1,8 +1,10 @@
-// A survey as the toolkit sees it: opened for reading only, its facts, its
-// test points in the detailed form's order with the text and number that
-// each one's grid cell shows, and its grids laid out as the grid form lays
-// them out. Everything is read through the library's session; nothing here
-// decodes the file a second way.
+// A survey: a datalogger file opened for reading only (or bytes the caller
+// holds), its facts, its test points in the walk's order with the text and
+// number that each one's grid cell shows, its grids laid out as the grid
+// form lays them out, and its stored scans. The survey is opaque: everything
+// is read through the library's decoder, so nothing here decodes the file a
+// second way. One survey is used by one thread at a time; any number may be
+// open at once on any threads.
 #pragma once
 
 #include <cstdint>
@@ -12,13 +14,37 @@
 #include <string>
 #include <vector>
 
-#include "file/session.h"
-
 namespace ugf::kit {
 
+// The output forms: the detailed form (everything the file holds, in the
+// walk's order) and the grid form (laid out like the inspected part).
+inline constexpr int FORM_GRID = 0;
+inline constexpr int FORM_DETAILED = 1;
+
+// The decoder's state of an open survey (large: it lives on the heap).
+struct SurveyState;
+
 struct Survey {
-    std::unique_ptr<DlSession> session = std::make_unique<DlSession>();
+    Survey();
+    ~Survey();
+    Survey(Survey&&) noexcept;
+    Survey& operator=(Survey&&) noexcept;
+    std::unique_ptr<SurveyState> state;
     std::string path;  // as given, UTF-8
+};
+
+// What went wrong, as a code. The texts that go with them (`why`) are those
+// the command line prints after "ugf: PATH: ".
+enum ErrorCode : int {
+    ERROR_NONE = 0,
+    ERROR_OPEN = 1,         // "cannot open: REASON" (no such file, no permission)
+    ERROR_NOT_SURVEY = 2,   // "not a datalogger file (its header names no survey this program reads)"
+    ERROR_READ = 3,         // "read error at offset 0x...: the file ends before it (FS_READ_ERROR)", or a seek error
+    ERROR_NO_OUTPUT = 4,    // "a survey of type 6 (NOTES) has no output"
+    ERROR_DAMAGED = 5,      // "damaged survey: ..."
+    ERROR_OUTPUT = 6,       // "cannot create the output ...", "cannot write ...": the sink or the file refused
+    ERROR_ARGUMENT = 7,     // a wrong argument (an unknown form, a closed survey)
+    ERROR_MEMORY = 8,       // no memory
 };
 
 // Opens a file for reading only, or bytes the caller keeps while the survey
@@ -28,23 +54,29 @@ int open_survey(Survey& survey, const std::string& path, std::string& why);
 int open_survey_memory(Survey& survey, const std::uint8_t* bytes, std::size_t size,
                        std::string& why);
 
+// Closes the input; the survey keeps what it decoded. The survey may be
+// opened again.
+void close_survey(Survey& survey);
+
 // What went wrong in a conversion of the open survey that gave 0.
 std::string conversion_failure(const Survey& survey);
+// The code of a failure text made here ("cannot open: ..." gives ERROR_OPEN).
+ErrorCode error_code_of(const std::string& why);
 
 // Whether the survey's type has an output at all (not NOTES, SETUP,
 // INCREMENTAL, nor an unknown type).
 bool has_output(const Survey& survey);
 
 struct Facts {
-    std::string file_type;   // "2D", "LINEAR", ...
+    std::string file_type_name;  // "2D", "LINEAR", ...
     std::string instrument;  // "corrosion gauge", "precision gauge", "flaw detector"
     std::string model;       // the instrument's model text, as the detailed head names it
     std::string first_id;
     std::string last_id;
-    std::string pattern;  // "STANDARD", ...
+    std::string walk_pattern_name;  // "STANDARD", ...
     std::uint32_t points = 0;
     std::string description;
-    std::string inspector;
+    std::string inspector_id;
     std::string location;
     std::vector<std::string> notes;  // the 16 notes, "A" first
     bool has_grid = false;           // LINEAR and MANUAL surveys have none

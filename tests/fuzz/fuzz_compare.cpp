@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "core/compare.h"
+#include "ugf/compare.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static ugf::kit::Survey baseline, latest;

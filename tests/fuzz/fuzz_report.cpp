@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "core/report.h"
+#include "ugf/report.hpp"
 
 bool balanced_page(const std::string& page);
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "core/stats.h"
-#include "core/survey.h"
+#include "ugf/stats.hpp"
+#include "ugf/survey.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static ugf::kit::Survey survey;

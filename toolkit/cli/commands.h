@@ -10,8 +10,8 @@
 
 #include <CLI/CLI.hpp>
 
-#include "core/output.h"
-#include "core/survey.h"
+#include "ugf/files.hpp"
+#include "ugf/survey.hpp"
 
 namespace ugf::kit {
 

@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "cli/commands.h"
-#include "core/compare.h"
+#include "ugf/compare.hpp"
 
 namespace ugf::kit {
 
@@ -35,8 +35,8 @@ int run_compare(const CompareCommand& c) {
         return 1;
     }
     const Input input{c.latest, ""};
-    const std::string csv_target = output_path(input, "_compare.csv", c.out_dir);
-    const std::string page_target = output_path(input, "_compare.html", c.out_dir);
+    const std::string csv_target = output_path(input, COMPARE_CSV_ENDING, c.out_dir);
+    const std::string page_target = output_path(input, COMPARE_PAGE_ENDING, c.out_dir);
     if (write_file_atomically(csv_target, compare_csv(comparison), true, why) == 0 ||
         write_file_atomically(page_target, page, false, why) == 0) {
         complain(why);

@@ -3,7 +3,7 @@
 #include <cstdio>
 
 #include "cli/commands.h"
-#include "core/convert.h"
+#include "ugf/convert.hpp"
 
 namespace ugf::kit {
 
@@ -19,7 +19,7 @@ struct ConvertCommand {
 };
 
 int run_convert(const ConvertCommand& c) {
-    const ConvertOptions options{c.grid ? OUTPUT_GRID : OUTPUT_DETAILED, c.quote, c.xlsx};
+    const ConvertOptions options{c.grid ? FORM_GRID : FORM_DETAILED, c.quote, c.xlsx};
     return run_surveys({c.paths, c.jobs, true, output_ending(options), c.out_dir, "converted"},
                        [&](Survey& survey, std::size_t, const std::string& target) {
                            std::string why;

@@ -2,7 +2,7 @@
 #include <cstdio>
 
 #include "cli/commands.h"
-#include "core/survey_json.h"
+#include "ugf/json.hpp"
 
 namespace ugf::kit {
 
@@ -16,7 +16,7 @@ struct ExportCommand {
 };
 
 int run_export(const ExportCommand& c) {
-    return run_surveys({c.paths, c.jobs, true, "_survey.json", c.out_dir, ""},
+    return run_surveys({c.paths, c.jobs, true, JSON_ENDING, c.out_dir, ""},
                        [&](Survey& survey, std::size_t, const std::string& target) -> std::string {
         std::string why;
         AtomicFile out;

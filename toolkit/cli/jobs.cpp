@@ -87,7 +87,7 @@ std::size_t run_jobs(const std::vector<Input>& inputs, unsigned jobs, bool progr
         Survey survey;
         for (std::size_t i = next++; i < inputs.size(); i = next++) {
             std::string why = work(inputs[i], survey);
-            close_datalogger_session(*survey.session);
+            close_survey(survey);
             std::lock_guard<std::mutex> lock(report);
             results[i] = std::move(why);
             finished[i] = 1;

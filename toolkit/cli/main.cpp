@@ -6,9 +6,6 @@
 
 #include "cli/commands.h"
 
-#if defined(_WIN32)
-#include "base/files.h"
-#endif
 
 namespace {
 
@@ -49,7 +46,7 @@ int run(int argc, const char* const* argv) {
 #if defined(_WIN32)
 // The wide-character entry gets names in any script; they go on as UTF-8.
 int wmain(int argc, wchar_t** argv) {
-    const ugf::Utf8Arguments args = ugf::utf8_arguments(argc, argv);
+    const ugf::kit::Arguments args = ugf::kit::utf8_arguments(argc, argv);
     return run(argc, args.argv.data());
 }
 #else

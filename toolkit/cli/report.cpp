@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "cli/commands.h"
-#include "core/report.h"
+#include "ugf/report.hpp"
 
 namespace ugf::kit {
 
@@ -18,7 +18,7 @@ struct ReportCommand {
 };
 
 int run_report(const ReportCommand& c) {
-    return run_surveys({c.paths, c.jobs, true, "_report.html", c.out_dir, "reported"},
+    return run_surveys({c.paths, c.jobs, true, REPORT_ENDING, c.out_dir, "reported"},
                        [&](Survey& survey, std::size_t, const std::string& target) {
                            std::string why, page;
                            if (survey_report(survey, c.options, page, why) == 0) return why;

@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "cli/commands.h"
-#include "core/stats.h"
+#include "ugf/stats.hpp"
 
 namespace ugf::kit {
 

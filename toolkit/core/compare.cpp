@@ -1,11 +1,11 @@
-#include "core/compare.h"
+#include "ugf/compare.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <map>
 
 #include "core/html.h"
-#include "core/stats.h"
+#include "ugf/stats.hpp"
 
 namespace ugf::kit {
 
@@ -126,7 +126,7 @@ int compare_page(const Comparison& c, Survey& latest, std::string& page, std::st
     page += "<h1>Survey " + escape(name) + " compared with " + escape(base_name) + "</h1>\n<div class=\"head\">";
     auto survey_rows = [](const char* role, const std::string& path, const Facts& f, const std::string& units) {
         std::vector<std::pair<std::string, std::string>> rows = {
-            {role, survey_name(path)}, {"file type", f.file_type}, {"instrument", f.instrument},
+            {role, survey_name(path)}, {"file type", f.file_type_name}, {"instrument", f.instrument},
             {"identifiers", f.first_id + " to " + f.last_id}, {"points", std::to_string(f.points)}, {"units", units}};
         if (f.description.find_first_not_of(' ') != std::string::npos) rows.emplace_back("description", trim_blanks(f.description));
         return rows;

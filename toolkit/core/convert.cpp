@@ -1,36 +1,30 @@
-#include "core/convert.h"
+#include "ugf/convert.hpp"
 
 #include <cstdio>
 #include <filesystem>
 
-#include "core/output.h"
+#include "core/survey_state.h"
 #include "csv_cells.h"
 #include "run/export.h"
+#include "run/output_name.h"
+#include "ugf/files.hpp"
 #include "xlsx.h"
 
 namespace ugf::kit {
 
+static_assert(FORM_GRID == OUTPUT_GRID && FORM_DETAILED == OUTPUT_DETAILED);
+
 std::string output_ending(const ConvertOptions& options) {
-    return std::string(options.form == OUTPUT_DETAILED ? "_detailed_output" : "_grid_output") +
-           (options.xlsx ? ".xlsx" : ".csv");
+    return std::string(output_form_suffix(options.form)) + (options.xlsx ? ".xlsx" : CSV_EXTENSION);
+}
+
+std::string output_name(const std::string& name, const ConvertOptions& options) {
+    return output_name(name, output_ending(options));
 }
 
 namespace {
 
-// The rows of a grid that hold titles: one with columns, and one more for
-// each dimension whose groups stand side by side. "LINEAR" and "MANUAL"
-// grids are lines of identifier and value.
-int grid_title_rows(std::int32_t file_type) {
-    switch (file_type) {
-        case FILE_TYPE_LINEAR:
-        case FILE_TYPE_MANUAL: return 0;
-        case FILE_TYPE_LINEAR_CPT:
-        case FILE_TYPE_2D:
-        case FILE_TYPE_2D_MANUAL: return 1;
-        case FILE_TYPE_4D_MANUAL: return 3;
-        default: return 2;
-    }
-}
+int grid_title_rows(std::int32_t file_type) { return grid_shape(file_type).title_rows; }
 
 // The export's text, read back into rows and handed to the workbook. The
 // export quotes stored texts, so that a comma in a note stays in its cell.
@@ -56,7 +50,7 @@ struct WorkbookFeed {
 
 int write_workbook(Survey& survey, int form, std::FILE* file, const std::string& sheet, std::string& why) {
     auto feed = std::make_unique<WorkbookFeed>();
-    const std::int32_t type = survey.session->file_type;
+    const std::int32_t type = session_of(survey).file_type;
     // Identifiers are texts, whatever their characters: the first column of
     // the detailed form and of the lines of "LINEAR" and "MANUAL" grids.
     if (form == OUTPUT_DETAILED || grid_title_rows(type) == 0) feed->text_columns = {0};
@@ -69,7 +63,7 @@ int write_workbook(Survey& survey, int form, std::FILE* file, const std::string&
     sink.write = WorkbookFeed::write;
     sink.context = feed.get();
     sink.quote = 1;
-    if (export_datalogger_file(*survey.session, form, sink) == 0) {
+    if (export_datalogger_file(session_of(survey), form, sink) == 0) {
         why = conversion_failure(survey);
         return 0;
     }
@@ -101,12 +95,12 @@ int convert_to_file(Survey& survey, const ConvertOptions& options, const std::st
         }
         return atomic_commit(out, why);
     }
-    static thread_local char buffer[1 << 16];
-    std::setvbuf(out.file, buffer, _IOFBF, sizeof buffer);
+    std::vector<char> buffer(1 << 16);
+    std::setvbuf(out.file, buffer.data(), _IOFBF, buffer.size());
     CsvSink sink;
     sink.stream = out.file;
     sink.quote = options.quote ? 1 : 0;
-    if (export_datalogger_file(*survey.session, options.form, sink) == 0) {
+    if (export_datalogger_file(session_of(survey), options.form, sink) == 0) {
         why = conversion_failure(survey);
         atomic_abandon(out);
         return 0;
@@ -137,8 +131,50 @@ int convert_to_text(Survey& survey, const ConvertOptions& options, std::string& 
     sink.write = [](void* context, const char* data, std::size_t n) { static_cast<std::string*>(context)->append(data, n); };
     sink.context = &text;
     sink.quote = options.quote ? 1 : 0;
-    if (export_datalogger_file(*survey.session, options.form, sink) == 0) {
+    if (export_datalogger_file(session_of(survey), options.form, sink) == 0) {
         why = conversion_failure(survey);
+        return 0;
+    }
+    return 1;
+}
+
+namespace {
+
+// A sink behind the library's write function; once the caller's sink refuses,
+// the rest of the text is dropped and the conversion fails.
+struct SinkFeed {
+    const Sink* sink = nullptr;
+    bool refused = false;
+    static void write(void* context, const char* data, std::size_t n) {
+        auto& feed = *static_cast<SinkFeed*>(context);
+        if (!feed.refused && n != 0 && (*feed.sink)(data, n) == 0) feed.refused = true;
+    }
+};
+
+}  // namespace
+
+int convert_to_sink(Survey& survey, const ConvertOptions& options, const Sink& sink, std::string& why) {
+    if (options.form != FORM_DETAILED && options.form != FORM_GRID) {
+        why = "no such output form";
+        return 0;
+    }
+    SinkFeed feed{&sink};
+    if (options.xlsx) {
+        std::string bytes;
+        if (convert_to_text(survey, options, bytes, why) == 0) return 0;
+        SinkFeed::write(&feed, bytes.data(), bytes.size());
+    } else {
+        CsvSink csv;
+        csv.write = SinkFeed::write;
+        csv.context = &feed;
+        csv.quote = options.quote ? 1 : 0;
+        if (export_datalogger_file(session_of(survey), options.form, csv) == 0) {
+            why = conversion_failure(survey);
+            return 0;
+        }
+    }
+    if (feed.refused) {
+        why = "the output was refused";
         return 0;
     }
     return 1;

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "core/output.h"
-#include "core/stats.h"
+#include "ugf/files.hpp"
+#include "ugf/stats.hpp"
 
 namespace ugf::kit {
 

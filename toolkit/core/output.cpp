@@ -1,4 +1,6 @@
-#include "core/output.h"
+#include "ugf/files.hpp"
+
+#include "run/output_name.h"
 
 #include <algorithm>
 #include <cctype>
@@ -88,12 +90,17 @@ int find_surveys(const std::string& path, std::vector<Input>& inputs, std::strin
     return 1;
 }
 
+std::string output_name(const std::string& name, const std::string& ending) {
+    const std::size_t stem = has_survey_extension(name) ? output_stem_length(name.size()) : name.size();
+    return name.substr(0, stem) + ending;
+}
+
 std::string output_path(const Input& input, const std::string& ending, const std::string& out_dir) {
-    const std::string stem = input.path.substr(0, input.path.size() >= 4 ? input.path.size() - 4 : 0);
-    if (out_dir.empty()) return stem + ending;
+    const std::string named = output_name(input.path, ending);
+    if (out_dir.empty()) return named;
     fs::path dir = to_path(out_dir);
     if (!input.subfolder.empty()) dir /= to_path(input.subfolder);
-    return to_utf8(dir / to_path(to_utf8(to_path(stem).filename()) + ending));
+    return to_utf8(dir / to_path(named).filename());
 }
 
 int atomic_open(AtomicFile& out, const std::string& target, bool text, std::string& why) {
@@ -183,5 +190,16 @@ int write_file_atomically(const std::string& target, const std::string& bytes, b
     }
     return atomic_commit(out, why);
 }
+
+#if defined(_WIN32)
+Arguments utf8_arguments(int argc, wchar_t** argv) {
+    ugf::Utf8Arguments args = ugf::utf8_arguments(argc, argv);
+    Arguments out;
+    out.texts = std::move(args.texts);
+    for (const std::string& t : out.texts) out.argv.push_back(t.c_str());
+    out.argv.push_back(nullptr);
+    return out;
+}
+#endif
 
 }  // namespace ugf::kit

@@ -1,10 +1,10 @@
-#include "core/report.h"
+#include "ugf/report.hpp"
 
 #include <cmath>
 #include <set>
 
 #include "core/html.h"
-#include "core/stats.h"
+#include "ugf/stats.hpp"
 
 namespace ugf::kit {
 
@@ -133,16 +133,16 @@ int survey_report(Survey& survey, const ReportOptions& options, std::string& pag
     std::string setup_list;
     for (int s : setups) setup_list += (setup_list.empty() ? "" : ", ") + std::to_string(s);
     std::vector<std::pair<std::string, std::string>> rows = {
-        {"file type", facts.file_type},
+        {"file type", facts.file_type_name},
         {"instrument", facts.instrument + (blank(facts.model) ? "" : " (" + trim_blanks(facts.model) + ")")},
         {"identifiers", facts.first_id + " to " + facts.last_id},
-        {"pattern", facts.pattern},
+        {"pattern", facts.walk_pattern_name},
         {"points", std::to_string(facts.points)},
         {"setups used", setup_list},
     };
     for (const auto& [label, value] : {std::pair<const char*, const std::string&>{"description", facts.description},
                                        {"location", facts.location},
-                                       {"inspector", facts.inspector}}) {
+                                       {"inspector", facts.inspector_id}}) {
         if (!blank(value)) rows.emplace_back(label, trim_blanks(value));
     }
     page += facts_table(rows) + facts_table(stats_rows(stats)) + "</div>\n";

@@ -1,4 +1,4 @@
-#include "core/stats.h"
+#include "ugf/stats.hpp"
 
 #include <cmath>
 #include <cstdio>
@@ -26,7 +26,7 @@ int survey_stats(Survey& survey, std::optional<double> minimum, Stats& stats, st
     stats.path = survey.path;
     stats.instrument = facts.instrument;
     stats.model = facts.model;
-    stats.file_type = facts.file_type;
+    stats.file_type_name = facts.file_type_name;
     if (minimum) {
         stats.minimum_source = "--minimum";
         stats.minimum = *minimum;
@@ -106,7 +106,7 @@ std::string stats_text(const Stats& s) {
     const int d = s.decimals + 1;
     out += s.path + "\n";
     line("instrument", s.instrument + (s.model.find_first_not_of(' ') == std::string::npos ? "" : " (" + s.model + ")"));
-    line("file type", s.file_type);
+    line("file type", s.file_type_name);
     line("units", s.units);
     line("points", std::to_string(s.points));
     line("readings", std::to_string(s.readings));
@@ -134,7 +134,7 @@ nlohmann::ordered_json stats_json(const Stats& s) {
         {"file", s.path},
         {"instrument", s.instrument},
         {"model", s.model},
-        {"file_type", s.file_type},
+        {"file_type_name", s.file_type_name},
         {"units", s.units},
         {"points", s.points},
         {"readings", s.readings},

@@ -1,4 +1,4 @@
-#include "core/survey.h"
+#include "ugf/survey.hpp"
 
 #include <algorithm>
 #include <cerrno>
@@ -6,10 +6,10 @@
 #include <cstdio>
 #include <cstring>
 
+#include "core/survey_state.h"
 #include "base/console.h"
 #include "base/files.h"
 #include "base/labels.h"
-#include "detailed/detailed_body.h"
 #include "detailed/preamble.h"
 #include "detailed/reading_row.h"
 #include "detailed/scan_dump.h"
@@ -18,6 +18,7 @@
 #include "grid/grid.h"
 #include "present/flaw_row.h"
 #include "present/reading_value.h"
+#include "present/scan_head.h"
 #include "store/record.h"
 #include "store/scan.h"
 #include "store/session_id.h"
@@ -43,7 +44,7 @@ std::string read_failure(const DlSession& session) {
 
 int opened(Survey& survey, int result, std::string& why) {
     if (result != 0) return 1;
-    why = read_failure(*survey.session);
+    why = read_failure(session_of(survey));
     if (why.empty()) why = "not a datalogger file (its header names no survey this program reads)";
     return 0;
 }
@@ -53,15 +54,7 @@ void append_text(void* context, const char* text, std::size_t n) {
     static_cast<std::string*>(context)->append(text, n);
 }
 
-DigitLayout layout_of(std::int32_t gage_type) {
-    return gage_type == GAGE_PRECISION       ? LAYOUT_PRECISION
-           : gage_type == GAGE_FLAW_DETECTOR ? LAYOUT_FLAW
-                                             : LAYOUT_STANDARD;
-}
-
-bool walks_without_grid(std::int32_t file_type) {
-    return file_type == FILE_TYPE_LINEAR || file_type == FILE_TYPE_MANUAL;
-}
+bool walks_without_grid(std::int32_t file_type) { return grid_shape(file_type).kind == GRID_LINES; }
 
 // The number a cell's text shows: blanks, then an optional sign, digits and
 // at most one point. Anything else (a marker, notes) shows no number.
@@ -118,6 +111,32 @@ void fill_facts_of_reading(DlSession& session, const ReadingRecord& reading, int
 
 }  // namespace
 
+Survey::Survey() : state(std::make_unique<SurveyState>()) {}
+Survey::~Survey() = default;
+Survey::Survey(Survey&&) noexcept = default;
+Survey& Survey::operator=(Survey&&) noexcept = default;
+
+void close_survey(Survey& survey) {
+    if (survey.state != nullptr) close_datalogger_session(session_of(survey));
+}
+
+ErrorCode error_code_of(const std::string& why) {
+    // The texts begin with what went wrong; the table is in the order of the codes.
+    static constexpr std::pair<const char*, ErrorCode> starts[] = {
+        {"cannot open", ERROR_OPEN},        {"no such file", ERROR_OPEN},
+        {"not a datalogger", ERROR_NOT_SURVEY}, {"read error", ERROR_READ},
+        {"cannot seek", ERROR_READ},        {"a survey of type", ERROR_NO_OUTPUT},
+        {"damaged survey", ERROR_DAMAGED},  {"cannot create", ERROR_OUTPUT},
+        {"cannot write", ERROR_OUTPUT},     {"cannot replace", ERROR_OUTPUT},
+        {"the output was refused", ERROR_OUTPUT}, {"no memory", ERROR_MEMORY},
+    };
+    if (why.empty()) return ERROR_NONE;
+    for (const auto& [start, code] : starts) {
+        if (why.rfind(start, 0) == 0) return code;
+    }
+    return ERROR_ARGUMENT;
+}
+
 int open_survey(Survey& survey, const std::string& path, std::string& why) {
     survey.path = path;
     std::FILE* probe = open_file(path.c_str(), "rb");
@@ -126,41 +145,37 @@ int open_survey(Survey& survey, const std::string& path, std::string& why) {
         return 0;
     }
     std::fclose(probe);
-    return opened(survey, open_datalogger_read_only(*survey.session, path.c_str()), why);
+    return opened(survey, open_datalogger_read_only(session_of(survey), path.c_str()), why);
 }
 
 int open_survey_memory(Survey& survey, const std::uint8_t* bytes, std::size_t size, std::string& why) {
-    return opened(survey, open_datalogger_memory(*survey.session, bytes, size), why);
+    return opened(survey, open_datalogger_memory(session_of(survey), bytes, size), why);
 }
 
-bool has_output(const Survey& survey) {
-    const std::int32_t t = survey.session->file_type;
-    return t >= FILE_TYPE_LINEAR && t <= FILE_TYPE_4D_MANUAL && t != FILE_TYPE_NOTES && t != FILE_TYPE_SETUP &&
-           t != FILE_TYPE_INCREMENTAL;
-}
+bool has_output(const Survey& survey) { return file_type_has_output(session_of(survey).file_type) != 0; }
 
 std::string conversion_failure(const Survey& survey) {
     if (!has_output(survey)) {
-        return std::string("a survey of type ") + std::to_string(survey.session->file_type) + " (" +
-               file_type_name(survey.session->file_type) + ") has no output";
+        return std::string("a survey of type ") + std::to_string(session_of(survey).file_type) + " (" +
+               file_type_name(session_of(survey).file_type) + ") has no output";
     }
-    std::string why = read_failure(*survey.session);
+    std::string why = read_failure(session_of(survey));
     return why.empty() ? "damaged survey: a scan block or the walk of its points is out of range" : why;
 }
 
 Facts survey_facts(Survey& survey) {
-    DlSession& s = *survey.session;
+    DlSession& s = session_of(survey);
     Facts f;
-    f.file_type = file_type_name(s.file_type);
+    f.file_type_name = file_type_name(s.file_type);
     f.instrument = s.gage_type == GAGE_CORROSION       ? "corrosion gauge"
                    : s.gage_type == GAGE_PRECISION     ? "precision gauge"
                    : s.gage_type == GAGE_FLAW_DETECTOR ? "flaw detector"
                                                        : "unknown instrument";
     f.model = product_text(s.gage_type);
-    f.pattern = walk_pattern_name(s.walk_pattern);
+    f.walk_pattern_name = walk_pattern_name(s.walk_pattern);
     f.points = point_total_of(s.id_spec.cursor);
     f.description = s.description;
-    f.inspector = s.inspector_id;
+    f.inspector_id = s.inspector_id;
     f.location = s.location;
     for (const auto& note : s.note_table) f.notes.emplace_back(note);
     f.has_grid = !walks_without_grid(s.file_type);
@@ -175,7 +190,7 @@ Facts survey_facts(Survey& survey) {
 }
 
 int read_point(Survey& survey, std::int64_t index, Point& point, std::string& why) {
-    DlSession& session = *survey.session;
+    DlSession& session = session_of(survey);
     point = Point{};
     point.index = index;
     std::string text;
@@ -193,7 +208,7 @@ int read_point(Survey& survey, std::int64_t index, Point& point, std::string& wh
             velocity = scan.velocity_flag;
             point.ascan = scan.has_ascan != 0;
             point.bscan = scan.has_bscan != 0;
-            ok = print_reading_value(session, reading, sink, 0, layout_of(session.gage_type), OUTPUT_GRID,
+            ok = print_reading_value(session, reading, sink, 0, digit_layout_of(session.gage_type), OUTPUT_GRID,
                                      scan.ascan_ref, scan.ascan_ref != nullptr ? session.scan_store : nullptr,
                                      velocity);
         }
@@ -205,7 +220,7 @@ int read_point(Survey& survey, std::int64_t index, Point& point, std::string& wh
             velocity = cell.velocity_cell;
             point.ascan = cell.scan != nullptr;
             point.bscan = record_type(cell.reading) == RECORD_BSCAN_LINK || record_type(cell.reading) == RECORD_BSCAN_BLOCK;
-            ok = print_reading_value(session, reading, sink, 1, layout_of(session.gage_type), OUTPUT_GRID,
+            ok = print_reading_value(session, reading, sink, 1, digit_layout_of(session.gage_type), OUTPUT_GRID,
                                      cell.scan, cell.scan != nullptr ? session.scan_store : nullptr, velocity);
             if (!text.empty() && text.back() == ',') text.pop_back();
         }
@@ -221,7 +236,7 @@ int read_point(Survey& survey, std::int64_t index, Point& point, std::string& wh
 }
 
 int for_each_point(Survey& survey, const std::function<int(const Point&)>& visit, std::string& why) {
-    DlSession& session = *survey.session;
+    DlSession& session = session_of(survey);
     if (!has_output(survey)) {
         why = conversion_failure(survey);
         return 0;
@@ -267,57 +282,42 @@ std::string dimension_title(DlSession& session, std::int64_t index, int dimensio
 }  // namespace
 
 int survey_grids(Survey& survey, std::vector<Grid>& grids, std::string& why) {
-    DlSession& s = *survey.session;
+    DlSession& s = session_of(survey);
     grids.clear();
-    if (!has_output(survey) || walks_without_grid(s.file_type)) return 1;
+    const GridShape shape = grid_shape(s.file_type);
+    if (!has_output(survey) || shape.kind == GRID_LINES) return 1;
     const auto& size = s.id_spec.cursor.dim_size;
-    const std::uint64_t s0 = static_cast<std::uint32_t>(size[0]), s1 = static_cast<std::uint32_t>(size[1]),
-                        s2 = static_cast<std::uint32_t>(size[2]), s3 = static_cast<std::uint32_t>(size[3]);
+    const std::uint32_t sizes[4] = {static_cast<std::uint32_t>(size[0]), static_cast<std::uint32_t>(size[1]),
+                                    static_cast<std::uint32_t>(size[2]), static_cast<std::uint32_t>(size[3])};
     // The grid form reads every cell; a survey larger than its file fails there.
-    const std::uint64_t cells = s0 * s1 * (s2 == 0 ? 1 : s2) * (s3 == 0 ? 1 : s3);
-    if (s0 > UINT32_MAX / 2 || s1 > UINT32_MAX / 2 || cells > slot_capacity(s)) {
+    std::uint64_t cells = std::uint64_t{sizes[0]} * sizes[1];
+    for (int g = 0; g < shape.groups; ++g) cells *= sizes[2 + g];
+    if (sizes[0] > UINT32_MAX / 2 || sizes[1] > UINT32_MAX / 2 || cells > slot_capacity(s)) {
         why = "damaged survey: it has more points than its file has slots";
         return 0;
     }
-    auto table = [&](std::uint64_t rows, std::uint64_t columns, auto row_dim, auto column_dim, auto cell) {
-        Grid g;
-        for (std::uint64_t r = 0; r < rows; ++r) g.row_titles.push_back(row_dim(r));
-        for (std::uint64_t c = 0; c < columns; ++c) g.column_titles.push_back(column_dim(c));
-        for (std::uint64_t r = 0; r < rows; ++r) {
-            for (std::uint64_t c = 0; c < columns; ++c) g.cells.push_back(static_cast<std::int64_t>(cell(r, c)));
-        }
-        return g;
+    // The storage index of a column and row position inside group (k, m), as
+    // the grid form computes it.
+    auto index = [&](std::uint32_t across, std::uint32_t down, std::uint32_t k, std::uint32_t m) {
+        std::uint32_t at[4] = {0, 0, k, m};
+        at[shape.across] = across;
+        at[shape.down] = down;
+        return grid_storage_index(sizes[0], sizes[1], sizes[2], at[0], at[1], at[2], at[3]);
     };
-    switch (s.file_type) {
-        case FILE_TYPE_LINEAR_CPT:  // custom points across, dimension 1 down
-            grids.push_back(table(
-                s1, s0, [&](std::uint64_t r) { return dimension_title(s, static_cast<std::int64_t>(r * s0), 1); },
-                [&](std::uint64_t c) { return dimension_title(s, static_cast<std::int64_t>(c), 0); },
-                [&](std::uint64_t r, std::uint64_t c) { return r * s0 + c; }));
-            break;
-        case FILE_TYPE_2D:
-        case FILE_TYPE_2D_MANUAL:  // dimension 1 across, dimension 0 down
-            grids.push_back(table(
-                s0, s1, [&](std::uint64_t r) { return dimension_title(s, static_cast<std::int64_t>(r), 0); },
-                [&](std::uint64_t c) { return dimension_title(s, static_cast<std::int64_t>(c * s0), 1); },
-                [&](std::uint64_t r, std::uint64_t c) { return c * s0 + r; }));
-            break;
-        default: {  // groups of dimension 2 (and 3): dimension 0 across, dimension 1 down
-            const std::uint64_t groups3 = s.file_type == FILE_TYPE_4D_MANUAL ? s3 : 1;
-            for (std::uint64_t m = 0; m < groups3; ++m) {
-                for (std::uint64_t k = 0; k < s2; ++k) {
-                    const std::uint64_t base = (m * s2 + k) * s1 * s0;
-                    Grid g = table(
-                        s1, s0, [&](std::uint64_t r) { return dimension_title(s, static_cast<std::int64_t>(r * s0), 1); },
-                        [&](std::uint64_t c) { return dimension_title(s, static_cast<std::int64_t>(c), 0); },
-                        [&](std::uint64_t r, std::uint64_t c) { return base + r * s0 + c; });
-                    g.title = dimension_title(s, static_cast<std::int64_t>(k * s0 * s1), 2);
-                    if (s.file_type == FILE_TYPE_4D_MANUAL) {
-                        g.title = dimension_title(s, static_cast<std::int64_t>(m * s0 * s1 * s2), 3) + " " + g.title;
-                    }
-                    grids.push_back(std::move(g));
-                }
+    const std::uint32_t groups2 = shape.groups >= 1 ? sizes[2] : 1, groups3 = shape.groups >= 2 ? sizes[3] : 1;
+    for (std::uint32_t m = 0; m < groups3; ++m) {
+        for (std::uint32_t k = 0; k < groups2; ++k) {
+            Grid g;
+            for (std::uint32_t r = 0; r < sizes[shape.down]; ++r) g.row_titles.push_back(dimension_title(s, index(0, r, 0, 0), shape.down));
+            for (std::uint32_t c = 0; c < sizes[shape.across]; ++c) g.column_titles.push_back(dimension_title(s, index(c, 0, 0, 0), shape.across));
+            for (std::uint32_t r = 0; r < sizes[shape.down]; ++r) {
+                for (std::uint32_t c = 0; c < sizes[shape.across]; ++c) g.cells.push_back(index(c, r, k, m));
             }
+            if (shape.groups >= 1) g.title = dimension_title(s, grid_storage_index(sizes[0], sizes[1], sizes[2], 0, 0, k, 0), 2);
+            if (shape.groups >= 2) {
+                g.title = dimension_title(s, grid_storage_index(sizes[0], sizes[1], sizes[2], 0, 0, 0, m), 3) + " " + g.title;
+            }
+            grids.push_back(std::move(g));
         }
     }
     return 1;
@@ -396,7 +396,7 @@ Bscan bscan_of(DlSession& s, const ReadingRecord& reading, const Point& point) {
 
 int for_each_scan(Survey& survey, const std::function<int(const Ascan&)>& ascan,
                   const std::function<int(const Bscan&)>& bscan, std::string& why) {
-    DlSession& session = *survey.session;
+    DlSession& session = session_of(survey);
     return for_each_point(survey, [&](const Point& point) {
         if (!point.ascan && !point.bscan) return 1;
         // The scan itself, as the detailed form reads it.

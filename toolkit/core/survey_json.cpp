@@ -1,4 +1,6 @@
-#include "core/survey_json.h"
+#include "ugf/json.hpp"
+
+#include "core/survey_state.h"
 
 #include <cmath>
 
@@ -75,7 +77,7 @@ json flaw_setup_json(const FlawSetup& s) {
 }
 
 json header_json(const Survey& survey, const Facts& facts) {
-    const DlSession& s = *survey.session;
+    const DlSession& s = session_of(survey);
     json dims = json::array();
     for (int d = 0; d < DIM_COUNT; ++d) {
         const IdDimension& dim = s.id_spec.dims[static_cast<std::size_t>(d)];
@@ -99,7 +101,7 @@ json header_json(const Survey& survey, const Facts& facts) {
     }
     return {{"file_version", s.file_version},
             {"file_type", s.file_type},
-            {"file_type_name", facts.file_type},
+            {"file_type_name", facts.file_type_name},
             {"gage_type", s.gage_type},
             {"instrument", facts.instrument},
             {"model", utf8(facts.model.c_str())},
@@ -111,7 +113,7 @@ json header_json(const Survey& survey, const Facts& facts) {
             {"inspector_id", utf8(s.inspector_id)},
             {"location", utf8(s.location)},
             {"walk_pattern", s.walk_pattern},
-            {"walk_pattern_name", facts.pattern},
+            {"walk_pattern_name", facts.walk_pattern_name},
             {"increments", {s.first_inc, s.second_inc, s.third_inc, s.fourth_inc}},
             {"elevation_unit", s.elevation_unit},
             {"points", facts.points},
@@ -135,7 +137,7 @@ json point_json(const Point& p) {
 
 int write_survey_json(Survey& survey, const std::function<void(std::string_view)>& out, std::string& why) {
     const Facts facts = survey_facts(survey);
-    const DlSession& s = *survey.session;
+    const DlSession& s = session_of(survey);
     out("{\"format\":\"ugf-survey\",\"format_version\":1,\"header\":");
     out(header_json(survey, facts).dump());
     out(",\"setups\":[");
