@@ -34,7 +34,7 @@ ugf::kit::NewSurvey make_survey(int year, std::mt19937& random) {
     survey.part = "tank4";
     survey.date = (year - 1970) * 365 + (year - 1969) / 4 + 151;
     survey.file_name = "tank4_" + std::to_string(year) + ".ugf";
-    survey.facts.file_type = "2D";
+    survey.facts.file_type_name = "2D";
     survey.facts.instrument = "corrosion gauge";
     survey.facts.first_id = "A001";
     survey.facts.last_id = "AZ999";

@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-#include "core/survey.h"
+#include "ugf/survey.hpp"
 
 namespace ugf::kit {
 

@@ -80,10 +80,10 @@ std::vector<Point> make_points(int count, int seed = 0) {
 NewSurvey make_survey(const std::string& part, std::int32_t date, const std::string& bytes, int points = 8) {
     NewSurvey survey{.part = part, .date = date, .file_name = part + ".ugf", .points = make_points(points, date),
                      .bytes = bytes};
-    survey.facts = {.file_type = "2D", .instrument = "corrosion gauge", .model = "CG-7", .first_id = "A0",
-                    .last_id = "A" + std::to_string(points - 1), .pattern = "STANDARD",
+    survey.facts = {.file_type_name = "2D", .instrument = "corrosion gauge", .model = "CG-7", .first_id = "A0",
+                    .last_id = "A" + std::to_string(points - 1), .walk_pattern_name = "STANDARD",
                     .points = static_cast<std::uint32_t>(points), .description = "floor, north half",
-                    .inspector = "R. Lind", .location = "tank 4", .has_grid = true};
+                    .inspector_id = "R. Lind", .location = "tank 4", .has_grid = true};
     for (char letter = 'A'; letter <= 'P'; ++letter) survey.facts.notes.push_back(std::string("note ") + letter);
     return survey;
 }
@@ -131,10 +131,10 @@ TEST_F(ArchiveTest, KeepsEverythingOfASurveyAcrossOpenings) {
     const Facts &f = s.facts, &w = survey.facts;
     EXPECT_EQ(std::tie(s.id, s.part, s.date, s.file_name, s.points, s.readings),
               std::make_tuple(std::int64_t{1}, "tank4", MARCH_2026, "tank4_2026.ugf", 40ull, 30ull));
-    EXPECT_EQ(std::tie(f.file_type, f.instrument, f.model, f.first_id, f.last_id, f.pattern, f.points, f.description,
-                       f.inspector, f.location, f.notes, f.has_grid),
-              std::tie(w.file_type, w.instrument, w.model, w.first_id, w.last_id, w.pattern, w.points, w.description,
-                       w.inspector, w.location, w.notes, w.has_grid));
+    EXPECT_EQ(std::tie(f.file_type_name, f.instrument, f.model, f.first_id, f.last_id, f.walk_pattern_name, f.points, f.description,
+                       f.inspector_id, f.location, f.notes, f.has_grid),
+              std::tie(w.file_type_name, w.instrument, w.model, w.first_id, w.last_id, w.walk_pattern_name, w.points, w.description,
+                       w.inspector_id, w.location, w.notes, w.has_grid));
     EXPECT_EQ(s.sha256, sha256_hex(survey.bytes));
     EXPECT_EQ(sha256_hex("abc"), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
 

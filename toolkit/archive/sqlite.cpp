@@ -48,15 +48,15 @@ CREATE TABLE survey (
     date        INTEGER NOT NULL,
     file_name   TEXT NOT NULL,
     sha256      TEXT NOT NULL UNIQUE,
-    file_type   TEXT NOT NULL,
+    file_type_name TEXT NOT NULL,
     instrument  TEXT NOT NULL,
     model       TEXT NOT NULL,
     first_id    TEXT NOT NULL,
     last_id     TEXT NOT NULL,
-    pattern     TEXT NOT NULL,
+    walk_pattern_name TEXT NOT NULL,
     point_count INTEGER NOT NULL,
     description TEXT NOT NULL,
-    inspector   TEXT NOT NULL,
+    inspector_id TEXT NOT NULL,
     location    TEXT NOT NULL,
     has_grid    INTEGER NOT NULL,
     points      INTEGER NOT NULL,
@@ -124,16 +124,16 @@ constexpr const char* SQL[STATEMENT_COUNT] = {
     "SELECT s.id, p.name, s.date, s.file_name FROM survey s JOIN part p ON p.id = s.part_id WHERE s.sha256 = ?1",
     "INSERT OR IGNORE INTO part (name) VALUES (?1)",
     "SELECT id FROM part WHERE name = ?1",
-    "INSERT INTO survey (part_id, date, file_name, sha256, file_type, instrument, model, first_id, last_id,"
-    " pattern, point_count, description, inspector, location, has_grid, points, readings)"
+    "INSERT INTO survey (part_id, date, file_name, sha256, file_type_name, instrument, model, first_id, last_id,"
+    " walk_pattern_name, point_count, description, inspector_id, location, has_grid, points, readings)"
     " VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15, ?16, ?17)",
     "INSERT INTO note (survey_id, position, text) VALUES (?1, ?2, ?3)",
     "INSERT INTO point (key, storage_index, ident, text, value, decimals, units, flags, notes,"
     " setup, alarm, low_alarm) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12)",
     "INSERT INTO survey_file (survey_id, bytes) VALUES (?1, ?2)",
     "SELECT name FROM part",
-    "SELECT s.id, p.name, s.date, s.file_name, s.sha256, s.file_type, s.instrument, s.model, s.first_id,"
-    " s.last_id, s.pattern, s.point_count, s.description, s.inspector, s.location, s.has_grid, s.points,"
+    "SELECT s.id, p.name, s.date, s.file_name, s.sha256, s.file_type_name, s.instrument, s.model, s.first_id,"
+    " s.last_id, s.walk_pattern_name, s.point_count, s.description, s.inspector_id, s.location, s.has_grid, s.points,"
     " s.readings FROM survey s JOIN part p ON p.id = s.part_id WHERE ?1 = '' OR p.name = ?1",
     "SELECT n.survey_id, n.text FROM note n JOIN survey s ON s.id = n.survey_id JOIN part p ON p.id = s.part_id"
     " WHERE ?1 = '' OR p.name = ?1 ORDER BY n.survey_id, n.position",
@@ -319,15 +319,15 @@ void read_survey(sqlite3_stmt* row, StoredSurvey& survey) {
     survey.file_name = text(row, 3);
     survey.sha256 = text(row, 4);
     Facts& facts = survey.facts;
-    facts.file_type = text(row, 5);
+    facts.file_type_name = text(row, 5);
     facts.instrument = text(row, 6);
     facts.model = text(row, 7);
     facts.first_id = text(row, 8);
     facts.last_id = text(row, 9);
-    facts.pattern = text(row, 10);
+    facts.walk_pattern_name = text(row, 10);
     facts.points = static_cast<std::uint32_t>(integer(row, 11));
     facts.description = text(row, 12);
-    facts.inspector = text(row, 13);
+    facts.inspector_id = text(row, 13);
     facts.location = text(row, 14);
     facts.has_grid = integer(row, 15) != 0;
     survey.points = static_cast<std::uint64_t>(integer(row, 16));
@@ -403,15 +403,15 @@ int add_survey(ArchiveState& state, const AddRequest& request, std::int64_t& id,
     put(insert, 2, std::int64_t{survey.date});
     put(insert, 3, request.file_name);
     put(insert, 4, request.sha256);
-    put(insert, 5, facts.file_type);
+    put(insert, 5, facts.file_type_name);
     put(insert, 6, facts.instrument);
     put(insert, 7, facts.model);
     put(insert, 8, facts.first_id);
     put(insert, 9, facts.last_id);
-    put(insert, 10, facts.pattern);
+    put(insert, 10, facts.walk_pattern_name);
     put(insert, 11, std::int64_t{facts.points});
     put(insert, 12, facts.description);
-    put(insert, 13, facts.inspector);
+    put(insert, 13, facts.inspector_id);
     put(insert, 14, facts.location);
     put(insert, 15, std::int64_t{facts.has_grid});
     put(insert, 16, static_cast<std::int64_t>(survey.points.size()));
