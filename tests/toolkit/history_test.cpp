@@ -25,11 +25,7 @@ Point pt(const char* id, double value, double low_alarm = NONE, const char* unit
     return p;
 }
 
-Point lost(const char* id) {
-    Point p = pt(id, NONE);
-    p.lost = true;
-    return p;
-}
+Point lost(const char* id) { return {.id = id, .lost = true, .units = "MM"}; }
 
 std::int32_t day(const char* text) {
     std::int32_t d = NO_DATE;
@@ -66,16 +62,10 @@ TEST(History, RowsWorkedByHand) {
          "2033-12-31,\n"},
         // Long term 1.00 / 12, short term 0.50 / 4 = 0.125; least squares over
         // x = 0 4 8 12, y = 10 9.7 9.5 9: Sxy = -6.4, Sxx = 80, rate 0.08.
-        // Life 2.00 / 0.125 = 16 years, next after 8 (2922 days).
+        // Life 2.00 / 0.125 = 16 years, next after 8 (2922 days): due that day.
         {"four readings",
-         {survey(1, "2012-01-01", {pt("A", 10.0)}), survey(2, "2016-01-01", {pt("A", 9.7)}),
-          survey(3, "2020-01-01", {pt("A", 9.5)}), survey(4, "2024-01-01", {pt("A", 9.0, 6.0)})},
-         {.minimum = 7.0, .as_of = day("2031-12-31")},
-         "A,ok,4,2012-01-01,10.00,2020-01-01,9.50,2024-01-01,9.00,MM,0.083,0.125,0.080,0.125,7.00,--minimum,16.0,"
-         "2040-01-01,2032-01-01,\n"},
-        {"due on the day of the next inspection",
          {survey(1, "2016-01-01", {pt("A", 9.7)}), survey(2, "2012-01-01", {pt("A", 10.0)}),
-          survey(3, "2024-01-01", {pt("A", 9.0)}), survey(4, "2020-01-01", {pt("A", 9.5)})},
+          survey(3, "2024-01-01", {pt("A", 9.0, 6.0)}), survey(4, "2020-01-01", {pt("A", 9.5)})},
          {.minimum = 7.0, .as_of = day("2032-01-01")},
          "A,due,4,2012-01-01,10.00,2020-01-01,9.50,2024-01-01,9.00,MM,0.083,0.125,0.080,0.125,7.00,--minimum,16.0,"
          "2040-01-01,2032-01-01,\n"},
@@ -95,8 +85,6 @@ TEST(History, RowsWorkedByHand) {
          {.as_of = y2025},
          "A,below minimum,2,2016-01-01,8.00,2016-01-01,8.00,2024-01-01,5.60,MM,0.300,0.300,,0.300,6.00,low alarm,0.0,"
          "2024-01-01,2024-01-01,\n"},
-        {"one reading only", {survey(1, "2024-01-01", {pt("A", 9.0)})}, {.as_of = y2025},
-         "A,one reading only,1,2024-01-01,9.00,,,2024-01-01,9.00,MM,,,,,,,,,,\n"},
         {"one reading below minimum", {survey(1, "2024-01-01", {pt("A", 9.0, 9.5)})}, {.as_of = y2025},
          "A,below minimum,1,2024-01-01,9.00,,,2024-01-01,9.00,MM,,,,,9.50,low alarm,,,2024-01-01,\n"},
         // 12.70 mm = 0.500 in; 0.020 / 8 = 0.0025; 5.08 mm = 0.200 in; life
@@ -125,9 +113,10 @@ TEST(History, RowsWorkedByHand) {
          "2028-01-01,not in the latest survey (2024-01-01): the reading of 2020-01-01 is used\n"
          "C,no thickness,0,,,,,,,MM,,,,,,,,,,\n"},
         // Of one date the later stored thickness counts (9.00 of survey 7;
-        // survey 9 has none for A); a comma in an identifier is quoted.
+        // survey 9 has a velocity check for A); a comma in an identifier is quoted.
         {"surveys of one date",
-         {survey(7, "2024-01-01", {pt("A,1", 9.0)}), survey(9, "2024-01-01", {lost("A,1")}),
+         {survey(7, "2024-01-01", {pt("A,1", 9.0)}),
+          survey(9, "2024-01-01", {{.id = "A,1", .value = 5920, .velocity = true, .units = "MM"}}),
           survey(5, "2024-01-01", {pt("A,1", 9.1)}), survey(1, "2016-01-01", {pt("A,1", 10.0)})},
          {.as_of = y2025},
          "\"A,1\",ok,2,2016-01-01,10.00,2016-01-01,10.00,2024-01-01,9.00,MM,0.125,0.125,,0.125,,,,,2033-12-31,\n"},
@@ -207,11 +196,10 @@ TEST(Dates, ParsedAndWritten) {
         const char* text;
         std::int32_t days;  // NO_DATE: refused
     } cases[] = {
-        {"1970-01-01", 0},          {"1969-12-31", -1},       {"2000-03-01", 11017},  {"20000229", 11016},
-        {"2024-01-01", 19723},      {"2024-02-29", 19782},    {"0001-01-01", FIRST_DATE}, {"9999-12-31", LAST_DATE},
-        {"2023-02-29", NO_DATE},    {"1900-02-29", NO_DATE},  {"2024-04-31", NO_DATE}, {"2024-13-01", NO_DATE},
-        {"2024-00-10", NO_DATE},    {"0000-01-01", NO_DATE},  {"2024-4-01", NO_DATE},  {"2024/04/01", NO_DATE},
-        {"2024-04-1x", NO_DATE},    {"202404011", NO_DATE},   {"", NO_DATE},
+        {"1970-01-01", 0}, {"1969-12-31", -1}, {"2000-03-01", 11017}, {"20000229", 11016}, {"2024-02-29", 19782},
+        {"0001-01-01", FIRST_DATE}, {"9999-12-31", LAST_DATE}, {"2023-02-29", NO_DATE}, {"1900-02-29", NO_DATE},
+        {"2024-04-31", NO_DATE}, {"2024-13-01", NO_DATE}, {"2024-00-10", NO_DATE}, {"0000-01-01", NO_DATE},
+        {"2024-4-01", NO_DATE}, {"2024/04/01", NO_DATE}, {"2024-04-1x", NO_DATE}, {"202404011", NO_DATE}, {"", NO_DATE},
     };
     for (const Case& c : cases) {
         std::int32_t days = NO_DATE;
@@ -229,16 +217,10 @@ TEST(Dates, InPaths) {
         const char* path;
         const char* date;  // "" for none
     } cases[] = {
-        {"plant/2023-05-01/tank4_20240315.ugf", "2024-03-15"},
-        {"plant/2023-05-01/tank4.ugf", "2023-05-01"},
-        {"2019-01-01/x/20200202b/tank.ugf", "2020-02-02"},
-        {"tank4_20230101_2024-02-29.ugf", "2024-02-29"},
-        {"tank4_20230101_20231301.ugf", "2023-01-01"},
-        {"C:\\surveys\\2024-03-15\\t.ugf", "2024-03-15"},
-        {"tank4-120240315.ugf", ""},
-        {"tank4_202403150.ugf", ""},
-        {"12024-03-15/a.ugf", ""},
-        {"", ""},
+        {"plant/2023-05-01/tank4_20240315.ugf", "2024-03-15"}, {"plant/2023-05-01/tank4.ugf", "2023-05-01"},
+        {"2019-01-01/x/20200202b/tank.ugf", "2020-02-02"},     {"tank4_20230101_2024-02-29.ugf", "2024-02-29"},
+        {"tank4_20230101_20231301.ugf", "2023-01-01"},         {"C:\\surveys\\2024-03-15\\t.ugf", "2024-03-15"},
+        {"tank4-120240315.ugf", ""}, {"tank4_202403150.ugf", ""}, {"12024-03-15/a.ugf", ""}, {"", ""},
     };
     for (const Case& c : cases) {
         std::int32_t days = NO_DATE;
