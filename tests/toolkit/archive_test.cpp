@@ -201,16 +201,6 @@ TEST_F(ArchiveTest, RefusesTheSameBytesTwiceAndNamesTheSurvey) {
     EXPECT_TRUE(archive_check(archive, why)) << why;
 }
 
-TEST(ArchiveDates, PrintAsYearMonthDay) {
-    const struct {
-        std::int32_t days;
-        const char* text;
-    } cases[] = {{0, "1970-01-01"},        {-1, "1969-12-31"},         {MARCH_2026 - 1, "2026-02-28"},
-                 {19782, "2024-02-29"},    {11016, "2000-02-29"},      {-719162, "0001-01-01"},
-                 {2932896, "9999-12-31"},  {-25508, "1900-03-01"}};
-    for (const auto& c : cases) EXPECT_EQ(archive_date_text(c.days), c.text) << c.days;
-}
-
 TEST_F(ArchiveTest, RefusesSurveysWithoutPartOrDate) {
     Archive archive;
     std::string why;

@@ -12,6 +12,7 @@
 #include <tuple>
 
 #include "archive/backend.h"
+#include "ugf/history.hpp"
 
 namespace ugf::kit {
 
@@ -44,22 +45,6 @@ std::string no_survey(std::int64_t id) { return "no survey " + std::to_string(id
 
 }  // namespace
 
-std::string archive_date_text(std::int32_t days) {
-    // Civil date from days (proleptic Gregorian), in eras of 400 years.
-    const std::int64_t z = std::int64_t{days} + 719468;
-    const std::int64_t era = (z >= 0 ? z : z - 146096) / 146097;
-    const std::int64_t doe = z - era * 146097;
-    const std::int64_t yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
-    const std::int64_t doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
-    const std::int64_t mp = (5 * doy + 2) / 153;
-    const std::int64_t day = doy - (153 * mp + 2) / 5 + 1;
-    const std::int64_t month = mp < 10 ? mp + 3 : mp - 9;
-    const std::int64_t year = yoe + era * 400 + (month <= 2 ? 1 : 0);
-    char text[64];
-    std::snprintf(text, sizeof text, "%04lld-%02lld-%02lld", static_cast<long long>(year),
-                  static_cast<long long>(month), static_cast<long long>(day));
-    return text;
-}
 
 std::string sha256_hex(const std::string& bytes) {
     unsigned char digest[EVP_MAX_MD_SIZE];
@@ -127,7 +112,7 @@ int archive_add(Archive& archive, const NewSurvey& survey, std::int64_t& id, std
     if (same.id > 0) {
         existing = same.id;
         why = "the same file is already stored as survey " + std::to_string(same.id) + " (" + same.part + ", " +
-              archive_date_text(same.date) + ", " + same.file_name + ")";
+              date_text(same.date) + ", " + same.file_name + ")";
     }
     return 0;
 }

@@ -47,7 +47,4 @@ struct ArchiveOps {
 extern const ArchiveOps sqlite_archive_ops;
 int sqlite_archive_open(const std::string& path, bool create, ArchiveState*& state, std::string& why);
 
-// A date as YYYY-MM-DD (days since 1970-01-01, years 1 to 9999).
-std::string archive_date_text(std::int32_t days);
-
 }  // namespace ugf::kit
