@@ -107,21 +107,12 @@ std::int32_t add_years(std::int32_t date, double years) {
 
 double years_between(std::int32_t from, std::int32_t to) { return (to - from) / DAYS_PER_YEAR; }
 
-bool thickness(const Point& p) { return !p.empty && !p.velocity && !p.lost && !std::isnan(p.value); }
-
-std::string csv_cell(const std::string& text) {
-    if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-    std::string out = "\"";
-    for (char c : text) out += c == '"' ? std::string("\"\"") : std::string(1, c);
-    return out + "\"";
-}
-
 // The units of most thickness readings of a survey (of equal counts the first
 // in alphabetical order) and the most decimals a reading in them shows.
 std::pair<std::string, int> survey_units(const DatedSurvey& survey) {
     std::map<std::string, std::size_t> counts;
     for (const Point& p : survey.points) {
-        if (thickness(p)) ++counts[p.units];
+        if (is_thickness(p)) ++counts[p.units];
     }
     std::string units;
     std::size_t most = 0;
@@ -133,7 +124,7 @@ std::pair<std::string, int> survey_units(const DatedSurvey& survey) {
     }
     int decimals = 0;
     for (const Point& p : survey.points) {
-        if (thickness(p) && p.units == units) decimals = std::max(decimals, p.decimals);
+        if (is_thickness(p) && p.units == units) decimals = std::max(decimals, p.decimals);
     }
     return {units, decimals};
 }
@@ -313,7 +304,7 @@ int make_history(const std::string& part, const std::vector<DatedSurvey>& survey
         h.surveys.push_back({s->id, s->date, s->name});
         for (const Point& p : s->points) {
             auto& dates = kept[p.id];
-            const double value = thickness(p) ? convert_length(p.value, p.units, h.units) : HistoryRow::NONE;
+            const double value = is_thickness(p) ? convert_length(p.value, p.units, h.units) : HistoryRow::NONE;
             if (!std::isnan(value)) dates[s->date] = {{s->date, value, s->id}, convert_length(p.low_alarm, p.units, h.units)};
         }
     }
