@@ -140,6 +140,7 @@ std::string page_start(const std::string& title) {
         ".map td.h{background:repeating-linear-gradient(45deg,#fff 0 3px,#9e9e9e 3px 5px);"
         "text-shadow:0 0 2px #fff,0 0 2px #fff,0 0 2px #fff}"
         ".map td.o{background:#e0e0e0;font-style:italic}"
+        ".map td.due{outline:3px solid #ff7f0e;outline-offset:-3px;font-weight:bold}"
         "figure{break-inside:avoid;margin:8px 0 14px}figcaption{font-size:12px}svg text{font:11px sans-serif}"
         ".note{color:#555}@page{margin:12mm}@media print{body{margin:0}}";
     for (int s = 0; s < SCALE_STEPS; ++s) {
@@ -175,7 +176,7 @@ std::string map_tables(const Grid& grid, const std::vector<MapCell>& cells) {
 
     std::string out;
     if (!grid.title.empty()) out += "<h3>" + escape(grid.title) + "</h3>\n";
-    static const char* const KIND_CLASS[] = {"", "", " class=\"lo\"", " class=\"h\"", " class=\"o\""};
+    static const char* const KIND_CLASS[] = {"", "", "lo", "h", "o"};
     for (std::size_t first = 0; first < columns || first == 0; first += per) {
         const std::size_t last = std::min(columns, first + per);
         if (bands > 1) {
@@ -191,11 +192,20 @@ std::string map_tables(const Grid& grid, const std::vector<MapCell>& cells) {
                 const std::size_t i = r * columns + c;
                 if (i >= cells.size()) break;
                 const MapCell& cell = cells[i];
+                // The class: the scale's step or the kind of cell, and "due".
+                const char* kind = KIND_CLASS[static_cast<int>(cell.kind)];
+                const bool classed = cell.kind == CellKind::Value || *kind != '\0';
+                out += "<td";
+                if (classed || cell.due) out += " class=\"";
                 if (cell.kind == CellKind::Value) {
-                    out += "<td class=\"v" + std::to_string(std::clamp(cell.step, 0, SCALE_STEPS - 1)) + "\">";
+                    out += 'v';
+                    out += std::to_string(std::clamp(cell.step, 0, SCALE_STEPS - 1));
                 } else {
-                    out += std::string("<td") + KIND_CLASS[static_cast<int>(cell.kind)] + ">";
+                    out += kind;
                 }
+                if (cell.due) out += classed ? " due" : "due";
+                if (classed || cell.due) out += '"';
+                out += '>';
                 out += escape(cell.text) + "</td>";
             }
             out += "</tr>\n";
@@ -236,13 +246,20 @@ std::string legend(const Scale& scale, const LegendMarks& m) {
         tick(m.minimum, "#111", "minimum " + fixed(m.minimum, m.decimals));
         tick(m.nominal, "#111", "nominal " + fixed(m.nominal, m.decimals));
     }
-    const std::pair<const char*, std::string> swatches[] = {
-        {"#d62728", m.below}, {"url(#hatch)", "lost signal or note"}, {"#fff", "empty point"}, {"#e0e0e0", "other reading"}};
+    std::vector<Swatch> swatches = m.swatches;
+    if (swatches.empty()) {
+        swatches.push_back({"#d62728", m.below});
+        swatches.push_back({"url(#hatch)", "lost signal or note"});
+        swatches.push_back({"#fff", "empty point"});
+        swatches.push_back({"#e0e0e0", "other reading"});
+    }
     double x = X;
-    for (const auto& [fill, label] : swatches) {
-        out += "<rect x=\"" + num(x) + "\" y=\"64\" width=\"14\" height=\"14\" fill=\"" + fill +
-               "\" stroke=\"#888\"/><text x=\"" + num(x + 19) + "\" y=\"75\">" + escape(label) + "</text>";
-        x += 28 + 6.2 * static_cast<double>(label.size());
+    for (const Swatch& s : swatches) {
+        out += "<rect x=\"" + num(x) + "\" y=\"64\" width=\"14\" height=\"14\" fill=\"" + s.fill + "\" stroke=\"";
+        out += s.frame;
+        out += s.frame == "#888" ? "\"" : "\" stroke-width=\"2.5\"";
+        out += "/><text x=\"" + num(x + 19) + "\" y=\"75\">" + escape(s.label) + "</text>";
+        x += 28 + 6.2 * static_cast<double>(s.label.size());
     }
     return out + "</svg></div>\n";
 }

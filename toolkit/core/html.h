@@ -55,15 +55,25 @@ struct MapCell {
     std::string text;
     CellKind kind = CellKind::Empty;
     int step = -1;  // with Value
+    bool due = false;  // framed: its inspection is due
 };
 
 // One grid as tables in the grid form's layout (split into bands of columns
 // that fit a printed page), with its title as a heading.
 std::string map_tables(const Grid& grid, const std::vector<MapCell>& cells);
 
+// A swatch of the legend: its fill (a colour or "url(#hatch)"), its frame,
+// and what it stands for.
+struct Swatch {
+    std::string fill;
+    std::string label;
+    std::string frame = "#888";
+};
+
 // The scale's legend: the steps from low to high with their values and
 // units, ticks for the minimum and the nominal (where not NaN), and the
-// swatches of the other kinds of cell.
+// swatches of the other kinds of cell (those of the thickness map when
+// `swatches` is empty).
 struct LegendMarks {
     std::string units;
     int decimals = 3;
@@ -71,6 +81,7 @@ struct LegendMarks {
     double nominal = std::numeric_limits<double>::quiet_NaN();
     std::string what = "thickness";
     std::string below = "below the minimum";
+    std::vector<Swatch> swatches = {};
 };
 std::string legend(const Scale& scale, const LegendMarks& marks);
 
