@@ -22,6 +22,9 @@ Run add_stats(CLI::App& app);
 Run add_export(CLI::App& app);
 Run add_report(CLI::App& app);
 Run add_compare(CLI::App& app);
+#if UGF_WITH_ARCHIVE
+Run add_archive(CLI::App& app);  // where the archive is built
+#endif
 
 // Prints "ugf: " and the message on standard error.
 void complain(const std::string& message);

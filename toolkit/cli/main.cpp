@@ -19,7 +19,11 @@ int run(int argc, const char* const* argv) {
     app.allow_windows_style_options(false);
     std::vector<std::pair<CLI::App*, ugf::kit::Run>> commands;
     for (auto add : {ugf::kit::add_convert, ugf::kit::add_stats, ugf::kit::add_report, ugf::kit::add_compare,
-                     ugf::kit::add_export}) {
+                     ugf::kit::add_export,
+#if UGF_WITH_ARCHIVE
+                     ugf::kit::add_archive,
+#endif
+                    }) {
         ugf::kit::Run run = add(app);
         commands.emplace_back(app.get_subcommands({}).back(), run);
     }

@@ -1,0 +1,470 @@
+// `ugf archive`: every dated survey of a part kept in one archive file (its
+// facts, its points as the grid shows them and the file's own bytes), the
+// part's required thicknesses, and the inspection history and its report
+// made from them. Built only where the archive library is (not for Windows
+// nor the page).
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <optional>
+
+#include "cli/commands.h"
+#include "ugf/archive.hpp"
+#include "ugf/history.hpp"
+#include "ugf/history_page.hpp"
+
+namespace ugf::kit {
+
+namespace {
+
+constexpr const char* HISTORY_PAGE_ENDING = "_history.html";
+
+enum Sub { ADD, LIST, MINIMUMS, HISTORY, REPORT, GET, SUBS };
+
+struct ArchiveCommand {
+    CLI::App* subs[SUBS] = {};
+    std::string db;
+    std::optional<std::string> date, as_of;  // checked by DATE when given
+    std::string part;
+    std::vector<std::string> paths;
+    bool json = false;
+    std::string table;
+    std::optional<double> minimum;
+    double max_interval = 10;
+    std::string out, out_dir;
+    std::int64_t id = 0;
+};
+
+std::int32_t days_of(const std::string& text) {
+    std::int32_t days = NO_DATE;
+    parse_date(text, days);
+    return days;
+}
+
+const CLI::Validator DATE(
+    [](std::string& text) {
+        std::int32_t days = 0;
+        return parse_date(text, days) != 0 ? std::string() : "not a date (YYYY-MM-DD or YYYYMMDD): " + text;
+    },
+    "DATE", "date");
+
+std::string trim(const std::string& text) {
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+}
+
+int fail(const std::string& why) {
+    complain(why);
+    return 1;
+}
+
+std::string last_part(const std::string& path) { return path.substr(path.find_last_of("/\\") + 1); }
+
+int read_bytes(const std::string& path, std::string& bytes, std::string& why) {
+    std::FILE* file = std::fopen(path.c_str(), "rb");
+    if (file == nullptr) {
+        why = std::string("cannot open: ") + std::strerror(errno);
+        return 0;
+    }
+    bytes.clear();
+    char buffer[1 << 16];
+    for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, file)) != 0;) bytes.append(buffer, n);
+    const bool failed = std::ferror(file) != 0;
+    std::fclose(file);
+    if (failed) why = "cannot read: " + std::string(std::strerror(errno));
+    return failed ? 0 : 1;
+}
+
+// The part a file name names: the name without its extension and its date,
+// and without the separator before the date ("tank4_2026-03-01.ugf" is
+// "tank4").
+std::string part_from_name(const std::string& path) {
+    std::string name = last_part(path);
+    if (has_survey_extension(name)) name.resize(name.size() - 4);
+    std::int32_t days = 0;
+    if (date_in_path(name, days) == 0) return name;
+    // The date is the last one written either way that no digit touches.
+    std::string text = date_text(days), compact = text;
+    compact.erase(std::remove(compact.begin(), compact.end(), '-'), compact.end());
+    std::size_t at = std::string::npos, length = 0;
+    for (const std::string& form : {text, compact}) {
+        for (std::size_t i = name.rfind(form); i != std::string::npos; i = i == 0 ? std::string::npos : name.rfind(form, i - 1)) {
+            const std::size_t end = i + form.size();
+            const bool apart = (i == 0 || !std::isdigit(static_cast<unsigned char>(name[i - 1]))) &&
+                               (end == name.size() || !std::isdigit(static_cast<unsigned char>(name[end])));
+            if (apart) {
+                if (at == std::string::npos || i > at) at = i, length = form.size();
+                break;
+            }
+        }
+    }
+    const auto separator = [&](std::size_t i) { return i < name.size() && std::strchr("_-. ", name[i]) != nullptr; };
+    if (at > 0 && separator(at - 1)) --at, ++length;
+    else if (separator(at + length)) ++length;
+    return name.erase(at, length);
+}
+
+// Reads and stores one survey; "" or what went wrong.
+std::string store_survey(const ArchiveCommand& c, Archive& archive, const Input& input) {
+    if (!has_survey_extension(input.path)) return "not a .ugf file";
+    NewSurvey s;
+    s.date = c.date ? days_of(*c.date) : NO_DATE;
+    if (!c.date && date_in_path(input.path, s.date) == 0) {
+        return "no date: name it in the file name (tank4_2026-03-01.ugf) or give --date YYYY-MM-DD";
+    }
+    std::string why;
+    if (read_bytes(input.path, s.bytes, why) == 0) return why;
+    Survey survey;
+    if (open_survey_memory(survey, reinterpret_cast<const std::uint8_t*>(s.bytes.data()), s.bytes.size(), why) == 0) {
+        return why;
+    }
+    survey.path = input.path;
+    if (!has_output(survey)) return conversion_failure(survey);
+    s.facts = survey_facts(survey);
+    if (for_each_point(survey, [&](const Point& p) {
+            s.points.push_back(p);
+            return 1;
+        }, why) == 0) {
+        return why;
+    }
+    s.part = !c.part.empty() ? c.part : !trim(s.facts.description).empty() ? trim(s.facts.description) : part_from_name(input.path);
+    if (s.part.empty()) return "no part: give --part NAME";
+    s.file_name = input.path;
+    std::int64_t id = 0, existing = 0;
+    if (archive_add(archive, s, id, existing, why) == 0) return why;
+    std::fprintf(stderr, "stored %s as survey %lld (%s, %s, %zu points)\n", input.path.c_str(), static_cast<long long>(id),
+                 s.part.c_str(), date_text(s.date).c_str(), s.points.size());
+    return "";
+}
+
+int run_add(const ArchiveCommand& c, const std::vector<Input>& inputs, int path_failures, Archive& archive) {
+    std::size_t stored = 0;
+    for (const Input& input : inputs) {
+        const std::string why = store_survey(c, archive, input);
+        if (why.empty()) ++stored;
+        else complain(input.path + ": " + why);
+    }
+    std::fprintf(stderr, "stored %zu of %zu surveys\n", stored, inputs.size() + static_cast<std::size_t>(path_failures));
+    return stored == inputs.size() && path_failures == 0 ? 0 : 1;
+}
+
+int run_list(const ArchiveCommand& c, Archive& archive) {
+    std::string why;
+    std::vector<std::string> parts;
+    if (archive_parts(archive, parts, why) == 0) return fail(why);
+    if (!c.part.empty()) {
+        if (std::find(parts.begin(), parts.end(), c.part) == parts.end()) return fail("no part " + c.part + " in " + c.db);
+        parts = {c.part};
+    }
+    nlohmann::ordered_json json = nlohmann::ordered_json::array();
+    std::string text;
+    for (const std::string& part : parts) {
+        std::vector<StoredSurvey> surveys;
+        std::vector<MinimumRow> minimums;
+        if (archive_surveys(archive, part, surveys, why) == 0 || archive_minimums(archive, part, minimums, why) == 0) {
+            return fail(why);
+        }
+        nlohmann::ordered_json list = nlohmann::ordered_json::array();
+        text += part + ": " + std::to_string(surveys.size()) + (surveys.size() == 1 ? " survey, " : " surveys, ") +
+                std::to_string(minimums.size()) + " required thicknesses\n";
+        if (!surveys.empty()) text += "  SURVEY  DATE        POINTS  READINGS  FILE\n";
+        for (const StoredSurvey& s : surveys) {
+            char line[96];
+            std::snprintf(line, sizeof line, "  %6lld  %-10s  %6llu  %8llu  ", static_cast<long long>(s.id),
+                          date_text(s.date).c_str(), static_cast<unsigned long long>(s.points),
+                          static_cast<unsigned long long>(s.readings));
+            text += line + s.file_name + "\n";
+            list.push_back({{"id", s.id}, {"date", date_text(s.date)}, {"file_name", s.file_name}, {"points", s.points},
+                            {"readings", s.readings}, {"file_type_name", s.facts.file_type_name},
+                            {"description", s.facts.description}, {"sha256", s.sha256}});
+        }
+        json.push_back({{"part", part}, {"minimums", minimums.size()}, {"surveys", list}});
+    }
+    const std::string out = c.json ? json.dump(2) + "\n" : text;
+    std::fwrite(out.data(), 1, out.size(), stdout);
+    return 0;
+}
+
+// A CSV record and the line it begins on.
+struct Record {
+    std::size_t line = 0;
+    std::vector<std::string> fields;
+};
+
+// RFC 4180: fields apart by commas, a field in double quotes may hold commas,
+// line ends and doubled quotes. 0 with `why` ("line N: ...").
+int parse_csv(const std::string& text, std::vector<Record>& records, std::string& why) {
+    std::size_t line = 1, i = text.rfind("\xEF\xBB\xBF", 0) == 0 ? 3 : 0;
+    while (i < text.size()) {
+        Record r{line, {""}};
+        for (bool record_end = false; !record_end;) {
+            if (i < text.size() && text[i] == '"') {
+                for (++i;; ++i) {
+                    if (i >= text.size()) {
+                        why = "line " + std::to_string(r.line) + ": a quoted field is not closed";
+                        return 0;
+                    }
+                    if (text[i] == '"' && (i + 1 >= text.size() || text[i + 1] != '"')) break;
+                    if (text[i] == '"') ++i;
+                    if (text[i] == '\n') ++line;
+                    r.fields.back() += text[i];
+                }
+                ++i;  // past the closing quote
+                if (i < text.size() && text[i] != ',' && text[i] != '\n' && text.compare(i, 2, "\r\n") != 0) {
+                    why = "line " + std::to_string(line) + ": text after a closing quote";
+                    return 0;
+                }
+            }
+            for (; i < text.size() && text[i] != ',' && text[i] != '\n'; ++i) {
+                if (text[i] == '"') {
+                    why = "line " + std::to_string(line) + ": a quote inside a field that is not quoted";
+                    return 0;
+                }
+                if (text[i] != '\r' || (i + 1 < text.size() && text[i + 1] != '\n')) r.fields.back() += text[i];
+            }
+            if (i < text.size() && text[i] == ',') {
+                r.fields.emplace_back();
+            } else {
+                record_end = true;
+                ++line;
+            }
+            ++i;
+        }
+        if (r.fields.size() > 1 || !trim(r.fields[0]).empty()) records.push_back(std::move(r));
+    }
+    return 1;
+}
+
+// The rows of a table ID,MINIMUM[,UNITS]; a first row whose minimum is no
+// number is a header.
+int minimum_rows(const std::string& text, std::vector<MinimumRow>& rows, std::string& why) {
+    std::vector<Record> records;
+    if (parse_csv(text, records, why) == 0) return 0;
+    std::map<std::string, std::size_t> first_line;
+    for (const Record& r : records) {
+        const std::string at = "line " + std::to_string(r.line) + ": ";
+        if (r.fields.size() < 2 || r.fields.size() > 3) {
+            why = at + "ID,MINIMUM or ID,MINIMUM,UNITS expected, found " + std::to_string(r.fields.size()) +
+                  (r.fields.size() == 1 ? " field" : " fields");
+            return 0;
+        }
+        MinimumRow row{trim(r.fields[0]), 0, r.fields.size() == 3 ? trim(r.fields[2]) : ""};
+        const std::string value = trim(r.fields[1]);
+        char* end = nullptr;
+        row.value = std::strtod(value.c_str(), &end);
+        if (value.empty() || *end != '\0' || !std::isfinite(row.value)) {
+            if (&r == &records.front()) continue;  // the header
+            why = at + "the minimum is not a number: " + value;
+            return 0;
+        }
+        for (char& ch : row.units) ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
+        if (row.id.empty()) why = at + "no identifier";
+        else if (!(row.value > 0)) why = at + "the minimum must be above 0: " + value;
+        else if (!row.units.empty() && row.units != "IN" && row.units != "MM") why = at + "the units must be IN or MM: " + trim(r.fields[2]);
+        else if (const auto [first, added] = first_line.emplace(row.id, r.line); !added) {
+            why = at + row.id + " is given twice (first on line " + std::to_string(first->second) + ")";
+        }
+        if (!why.empty()) return 0;
+        rows.push_back(std::move(row));
+    }
+    return 1;
+}
+
+int run_minimums(const ArchiveCommand& c, Archive& archive) {
+    std::string text, why;
+    std::vector<MinimumRow> rows;
+    if (read_bytes(c.table, text, why) == 0 || minimum_rows(text, rows, why) == 0) return fail(c.table + ": " + why);
+    if (archive_set_minimums(archive, c.part, rows, why) == 0) return fail(why);
+    std::fprintf(stderr, "kept %zu required thicknesses for %s\n", rows.size(), c.part.c_str());
+    return 0;
+}
+
+// The part's surveys with their points, and the history made from them.
+int load_history(const ArchiveCommand& c, Archive& archive, std::vector<DatedSurvey>& surveys, History& history,
+                 std::string& why) {
+    std::vector<StoredSurvey> stored;
+    std::vector<MinimumRow> minimums;
+    if (archive_surveys(archive, c.part, stored, why) == 0 || archive_minimums(archive, c.part, minimums, why) == 0) return 0;
+    if (stored.empty()) {
+        why = "no survey of " + c.part + " in " + c.db;
+        return 0;
+    }
+    for (const StoredSurvey& s : stored) {
+        DatedSurvey& d = surveys.emplace_back();
+        d.id = s.id;
+        d.date = s.date;
+        d.name = s.file_name;
+        if (archive_points(archive, s.id, d.points, why) == 0) return 0;
+    }
+    HistoryOptions options;
+    options.minimum = c.minimum;
+    options.max_interval = c.max_interval;
+    if (c.as_of) options.as_of = days_of(*c.as_of);
+    for (const MinimumRow& m : minimums) options.minimums[m.id] = {m.value, m.units};
+    return make_history(c.part, surveys, options, history, why);
+}
+
+int run_history(const ArchiveCommand& c, Archive& archive) {
+    std::vector<DatedSurvey> surveys;
+    History history;
+    std::string why;
+    if (load_history(c, archive, surveys, history, why) == 0) return fail(why);
+    const std::string text = c.json ? history_json(history).dump(2) + "\n" : history_csv(history);
+    if (c.out.empty()) {
+        std::fwrite(text.data(), 1, text.size(), stdout);
+        return 0;
+    }
+    if (write_file_atomically(c.out, text, true, why) == 0) return fail(why);
+    std::fprintf(stderr, "wrote the history of %s (%zu points, %zu surveys) to %s\n", c.part.c_str(),
+                 history.rows.size(), surveys.size(), c.out.c_str());
+    return 0;
+}
+
+// A part name fit for a file name: separators, characters that some systems
+// refuse and control characters become "_".
+std::string safe_name(const std::string& part) {
+    std::string name = part;
+    for (char& ch : name) {
+        if (static_cast<unsigned char>(ch) < 0x20 || std::strchr("/\\:*?\"<>|", ch) != nullptr) ch = '_';
+    }
+    if (name.empty() || name[0] == '.') name.insert(0, "_");
+    return name;
+}
+
+int run_report(const ArchiveCommand& c, Archive& archive) {
+    std::vector<DatedSurvey> surveys;
+    History history;
+    std::string why, name, bytes, page;
+    if (load_history(c, archive, surveys, history, why) == 0) return fail(why);
+    // The map is laid out as the latest survey's grids, made again from its
+    // stored file.
+    const std::int64_t latest = history.surveys.back().id;
+    Survey survey;
+    std::vector<Grid> grids;
+    if (archive_file(archive, latest, name, bytes, why) == 0) return fail(why);
+    if (open_survey_memory(survey, reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size(), why) == 0 ||
+        (survey_facts(survey).has_grid && survey_grids(survey, grids, why) == 0) ||
+        history_page(history, surveys, grids, page, why) == 0) {
+        return fail("survey " + std::to_string(latest) + " (" + name + "): " + why);
+    }
+    const std::string target = (c.out_dir.empty() ? "" : c.out_dir + "/") + safe_name(c.part) + HISTORY_PAGE_ENDING;
+    if (write_file_atomically(target, page, false, why) == 0) return fail(why);
+    std::fprintf(stderr, "reported %s (%zu points, %zu surveys) in %s\n", c.part.c_str(), history.rows.size(),
+                 surveys.size(), target.c_str());
+    return 0;
+}
+
+int run_get(const ArchiveCommand& c, Archive& archive) {
+    std::string name, bytes, why;
+    if (archive_file(archive, c.id, name, bytes, why) == 0) return fail(why);
+    // The stored name is a last part already; an archive written by hand
+    // still never sends the file elsewhere.
+    name = last_part(name);
+    if (name.empty() || name == "." || name == "..") name = "survey_" + std::to_string(c.id) + ".ugf";
+    const std::string target = (c.out_dir.empty() ? "" : c.out_dir + "/") + name;
+    if (write_file_atomically(target, bytes, false, why) == 0) return fail(why);
+    std::fprintf(stderr, "wrote survey %lld to %s\n", static_cast<long long>(c.id), target.c_str());
+    return 0;
+}
+
+int run_archive(const ArchiveCommand& c) {
+    int sub = 0;
+    while (sub < SUBS && !c.subs[sub]->parsed()) ++sub;
+    if (sub == SUBS) return 2;
+    if (c.db.empty()) {
+        complain("no archive: give --db FILE or set UGF_ARCHIVE");
+        return 2;
+    }
+    // `add` gathers its paths first, so that a path that isn't there is told
+    // before the archive is made.
+    int path_failures = 0;
+    const std::vector<Input> inputs = sub == ADD ? gather_inputs(c.paths, path_failures) : std::vector<Input>{};
+    Archive archive;
+    std::string why;
+    if (archive_open(archive, c.db, sub == ADD, why) == 0) return fail(why);
+    switch (sub) {
+        case ADD: return run_add(c, inputs, path_failures, archive);
+        case LIST: return run_list(c, archive);
+        case MINIMUMS: return run_minimums(c, archive);
+        case HISTORY: return run_history(c, archive);
+        case REPORT: return run_report(c, archive);
+        default: return run_get(c, archive);
+    }
+}
+
+}  // namespace
+
+Run add_archive(CLI::App& app) {
+    auto c = std::make_shared<ArchiveCommand>();
+    CLI::App* cmd = app.add_subcommand("archive", "Keep every dated survey of a part in an archive file; its inspection history and report");
+    cmd->require_subcommand(1, 1);
+    cmd->footer(
+        "The archive is one file (e.g. plant7.ugfdb), named by --db on every subcommand or by the\n"
+        "environment variable UGF_ARCHIVE. `add` creates it; the others refuse a missing one.\n"
+        "Each survey keeps its date, its part, its facts, every point as the grid shows it and the\n"
+        "file's own bytes, so `get` gives the original back.");
+    auto db = [&](CLI::App* sub) {
+        sub->add_option("--db", c->db, "The archive file (default: the environment variable UGF_ARCHIVE)")->envname("UGF_ARCHIVE");
+    };
+    auto history_options = [&](CLI::App* sub) {
+        sub->add_option("--part", c->part, "The part")->required();
+        sub->add_option("--minimum", c->minimum,
+                        "Required thickness of every point, in the latest survey's units (default: the part's "
+                        "minimums, else the low alarm of the latest reading's setup)");
+        sub->add_option("--max-interval", c->max_interval, "Most years between inspections (default 10)")
+            ->check(CLI::PositiveNumber & CLI::Range(0.0, 1000.0));
+        sub->add_option("--as-of", c->as_of, "The day the inspections due are judged on, YYYY-MM-DD (default: today)")->check(DATE);
+    };
+
+    CLI::App* add = c->subs[ADD] = cmd->add_subcommand(
+        "add", "Store surveys: each with its date, its part, its points and the file's bytes");
+    db(add);
+    add->add_option("--date", c->date,
+                    "The surveys' date, YYYY-MM-DD (default: a date YYYY-MM-DD or YYYYMMDD in the file name, or "
+                    "in a folder name above it)")
+        ->check(DATE);
+    add->add_option("--part", c->part,
+                    "The part (default: the survey's description, else the file name without its date)");
+    add->add_option("PATH", c->paths, "Survey files, or folders searched for .ugf files")->required();
+    add->footer("The same file (by its bytes) is stored once: a second time is refused, naming the survey\n"
+                "that holds it. A survey that can't be read stores nothing; the others are stored.");
+
+    CLI::App* list = c->subs[LIST] = cmd->add_subcommand("list", "The parts and their surveys: ids, dates, points, files");
+    db(list);
+    list->add_option("--part", c->part, "Only this part");
+    list->add_flag("--json", c->json, "JSON instead of the table");
+
+    CLI::App* minimums = c->subs[MINIMUMS] = cmd->add_subcommand(
+        "minimums", "Keep a part's required thicknesses from a CSV file (replacing the part's table)");
+    db(minimums);
+    minimums->add_option("--part", c->part, "The part")->required();
+    minimums->add_option("FILE", c->table, "CSV lines ID,MINIMUM[,UNITS] (IN or MM; default: the latest survey's), "
+                                           "a header row allowed, quoted as RFC 4180; no rows clears the table")
+        ->required();
+
+    CLI::App* history = c->subs[HISTORY] = cmd->add_subcommand(
+        "history", "The part's history: rates, remaining life and next inspection of every point, as CSV");
+    db(history);
+    history_options(history);
+    history->add_flag("--json", c->json, "JSON instead of CSV");
+    history->add_option("--out", c->out, "Write to this file (default: standard output)");
+
+    CLI::App* report = c->subs[REPORT] = cmd->add_subcommand(
+        "report", "A page of the part's history (PART_history.html): remaining life map, inspections, worst points");
+    db(report);
+    history_options(report);
+    report->add_option("--out-dir", c->out_dir, "Write the page here (default: the current folder)");
+
+    CLI::App* get = c->subs[GET] = cmd->add_subcommand("get", "Write a stored survey's original file, byte for byte");
+    db(get);
+    get->add_option("ID", c->id, "The survey's id (ugf archive list shows them)")->required()->check(CLI::PositiveNumber);
+    get->add_option("--out-dir", c->out_dir, "Write it here, under its file name (default: the current folder)");
+    return [c] { return run_archive(*c); };
+}
+
+}  // namespace ugf::kit
