@@ -54,7 +54,7 @@ TEST(Toolkit, ConvertsEverySampleAsTheConverterDoes) {
             if (form[0] == 'g') args.insert(args.begin() + 1, "--grid");
             RunResult run = run_toolkit_binary(args);
             EXPECT_EQ(run.status, 0);
-            EXPECT_EQ(run.errors, "converted 11 of 11 surveys\n");
+            EXPECT_EQ(run.errors, "converted 12 of 12 surveys\n");
             for (const auto& sample : fs::directory_iterator(UGF_EXAMPLES)) {
                 if (sample.path().extension() != ".ugf") continue;
                 const std::string name = sample.path().stem().string();
