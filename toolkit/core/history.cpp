@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <ctime>
-#include <set>
+#include <string_view>
+#include <unordered_map>
 #include <utility>
 
 #include "ugf/stats.hpp"
@@ -145,13 +147,6 @@ double least_squares_rate(const std::vector<Reading>& readings) {
     }
     return 0.0 - sxy / sxx;  // never -0
 }
-
-// What a point's latest reading needs beside the history: its low alarm in
-// the history's units.
-struct Kept {
-    Reading reading;
-    double low_alarm = HistoryRow::NONE;
-};
 
 int required_thickness(const History& h, HistoryRow& row, double low_alarm, std::string& why) {
     const auto listed = h.options.minimums.find(row.id);
@@ -298,36 +293,66 @@ int make_history(const std::string& part, const std::vector<DatedSurvey>& survey
     }
 
     // Each identifier's thickness of each date; the last of a survey's walk
-    // and the last survey of a date win.
-    std::map<std::string, std::map<std::int32_t, Kept>> kept;
-    for (const DatedSurvey* s : order) {
-        h.surveys.push_back({s->id, s->date, s->name});
-        for (const Point& p : s->points) {
-            auto& dates = kept[p.id];
+    // and the last survey of a date win. The surveys come oldest first, so a
+    // reading of the date of the identifier's last one replaces it. Each
+    // point's identifier gets a slot, kept for the rows; surveys of a part
+    // mostly walk the same identifiers in the same order, so a point whose
+    // identifier is that of the same place in the survey before takes its
+    // slot without a look-up.
+    // With each identifier's readings, the low alarm of its latest one, in
+    // the history's units.
+    std::unordered_map<std::string_view, std::uint32_t> slot_of;
+    std::vector<std::vector<Reading>> readings;
+    std::vector<double> low_alarms;
+    std::vector<std::vector<std::uint32_t>> slots(order.size());
+    for (std::size_t k = 0; k < order.size(); ++k) {
+        const DatedSurvey& s = *order[k];
+        h.surveys.push_back({s.id, s.date, s.name});
+        slots[k].reserve(s.points.size());
+        for (std::size_t i = 0; i < s.points.size(); ++i) {
+            const Point& p = s.points[i];
+            std::uint32_t slot = 0;
+            if (k > 0 && i < slots[k - 1].size() && order[k - 1]->points[i].id == p.id) {
+                slot = slots[k - 1][i];
+            } else {
+                const auto [at, added] = slot_of.try_emplace(p.id, static_cast<std::uint32_t>(readings.size()));
+                if (added) {
+                    readings.emplace_back().reserve(order.size() - k);
+                    low_alarms.push_back(HistoryRow::NONE);
+                }
+                slot = at->second;
+            }
+            slots[k].push_back(slot);
             const double value = is_thickness(p) ? convert_length(p.value, p.units, h.units) : HistoryRow::NONE;
-            if (!std::isnan(value)) dates[s->date] = {{s->date, value, s->id}, convert_length(p.low_alarm, p.units, h.units)};
+            if (std::isnan(value)) continue;
+            std::vector<Reading>& dates = readings[slot];
+            if (dates.empty() || dates.back().date != s.date) dates.emplace_back();
+            dates.back() = {s.date, value, s.id};
+            low_alarms[slot] = convert_length(p.low_alarm, p.units, h.units);
         }
     }
 
     // Rows: newest survey first, each in its walk order, each identifier once.
-    std::set<std::string> seen, in_latest;
-    for (auto s = order.rbegin(); s != order.rend(); ++s) {
-        for (const Point& p : (*s)->points) {
-            if ((*s)->date == h.latest_date) in_latest.insert(p.id);
-            if (!seen.insert(p.id).second) continue;
+    std::vector<char> seen(readings.size(), 0), in_latest(readings.size(), 0);
+    std::vector<std::uint32_t> row_slots;
+    for (std::size_t k = order.size(); k-- > 0;) {
+        const DatedSurvey& s = *order[k];
+        for (std::size_t i = 0; i < s.points.size(); ++i) {
+            const std::uint32_t slot = slots[k][i];
+            if (s.date == h.latest_date) in_latest[slot] = 1;
+            if (seen[slot] != 0) continue;
+            seen[slot] = 1;
             HistoryRow row;
-            row.id = p.id;
-            double low_alarm = HistoryRow::NONE;
-            for (const auto& [date, k] : kept[p.id]) {
-                row.readings.push_back(k.reading);
-                low_alarm = k.low_alarm;
-            }
-            if (figure_row(h, row, low_alarm, why) == 0) return 0;
+            row.id = s.points[i].id;
+            row.readings = std::move(readings[slot]);
+            if (figure_row(h, row, low_alarms[slot], why) == 0) return 0;
             h.rows.push_back(std::move(row));
+            row_slots.push_back(slot);
         }
     }
-    for (HistoryRow& row : h.rows) {
-        if (row.note == HistoryNote::NOT_IN_LATEST && in_latest.count(row.id) != 0) row.note = HistoryNote::NO_THICKNESS_IN_LATEST;
+    for (std::size_t r = 0; r < h.rows.size(); ++r) {
+        HistoryRow& row = h.rows[r];
+        if (row.note == HistoryNote::NOT_IN_LATEST && in_latest[row_slots[r]] != 0) row.note = HistoryNote::NO_THICKNESS_IN_LATEST;
     }
     return 1;
 }
