@@ -696,9 +696,13 @@ int sqlite_archive_open(const std::string& path, bool create, ArchiveState*& ope
         return 0;
     }
     // Full synchronisation: a survey whose add has returned survives a power
-    // cut too, at the cost of one flush of the log per add.
+    // cut too, at the cost of one flush of the log per add. An add keeps the
+    // pages it writes in memory until its commit, however many (no spill), so
+    // that each is written once; the cache of pages read stays small, as a
+    // load passes each page once.
     if (!use_write_ahead_log(*state, why) ||
-        !exec(*state, "PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON; PRAGMA cache_size = -65536", why))
+        !exec(*state, "PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON; PRAGMA cache_size = -2048;"
+                      " PRAGMA cache_spill = OFF", why))
         return 0;
     opened = state.release();
     return 1;
