@@ -1,6 +1,7 @@
 // Times the archive: adds a part's surveys of 52 x 999 points each to a new
 // archive (readings a second), then loads all points of all of them, as the
-// history of the part does.
+// history of the part does, and makes the history, its CSV and its report
+// page from them, as `ugf archive history` and `ugf archive report` do.
 //
 //   archive_bench [SURVEYS] [FOLDER]   (20 surveys; the system's temporary folder)
 #include <chrono>
@@ -14,6 +15,8 @@
 #include <unistd.h>
 
 #include "ugf/archive.hpp"
+#include "ugf/history.hpp"
+#include "ugf/history_page.hpp"
 
 namespace {
 
@@ -126,6 +129,42 @@ int main(int argc, char** argv) {
     std::printf("load: %zu surveys, %llu points in %.3f s (processor %.3f s): %.0f points a second\n",
                 surveys.size(), static_cast<unsigned long long>(loaded), loading, processor_seconds() - processor,
                 loaded / loading);
+
+    // The latest survey's grid: rows A to AZ down, columns 1 to 999 across,
+    // each cell the storage index of its point.
+    ugf::kit::Grid grid;
+    for (int row = 0; row < 52; ++row) {
+        std::string& title = grid.row_titles.emplace_back(row < 26 ? "" : "A");
+        title.push_back(static_cast<char>('A' + row % 26));
+    }
+    for (int column = 1; column <= 999; ++column) grid.column_titles.push_back(std::to_string(column));
+    for (std::int64_t index = 0; index < 52 * 999; ++index) grid.cells.push_back(index);
+    std::vector<ugf::kit::DatedSurvey> dated;
+    for (std::size_t i = 0; i < surveys.size(); ++i) {
+        dated.push_back({surveys[i].id, surveys[i].date, surveys[i].file_name, std::move(points[i])});
+    }
+    ugf::kit::HistoryOptions options;
+    options.as_of = dated.back().date + 100;
+    const double history_start = processor_seconds();
+    const Clock::time_point history_wall = Clock::now();
+    ugf::kit::History history;
+    std::string page;
+    if (!ugf::kit::make_history("tank4", dated, options, history, why)) {
+        std::fprintf(stderr, "archive_bench: %s\n", why.c_str());
+        return 1;
+    }
+    const double made = processor_seconds();
+    const std::string csv = ugf::kit::history_csv(history);
+    const double written = processor_seconds();
+    if (!ugf::kit::history_page(history, dated, {grid}, page, why)) {
+        std::fprintf(stderr, "archive_bench: %s\n", why.c_str());
+        return 1;
+    }
+    const double paged = processor_seconds();
+    std::printf("history: %zu points of %zu surveys in %.3f s (processor %.3f s: history %.3f, CSV %.3f, page %.3f); "
+                "CSV %.1f MB, page %.1f MB\n",
+                history.rows.size(), dated.size(), seconds_since(history_wall), paged - history_start,
+                made - history_start, written - made, paged - written, csv.size() / 1e6, page.size() / 1e6);
     ugf::kit::archive_close(archive);
     std::filesystem::remove(path);
     return 0;
