@@ -2,8 +2,9 @@
 # Converts every sample survey of this folder in both forms, grid and
 # detailed, with the converter, then shows the toolkit on them: the same
 # conversions by `ugf convert` (which must give the same bytes), the
-# statistics of every survey, the report page of the tank floor and the
-# comparison of the floor's two surveys. Everything is written to
+# statistics of every survey, the report page of the tank floor, the
+# comparison of the floor's first two surveys, and the archive of all three
+# with the floor's inspection history and its page. Everything is written to
 # build/example-output (or the folder given as the first argument), so the
 # source tree stays clean. The programs are build/ugf2csv and build/ugf, or
 # UGF2CSV and UGF when those are set. Exits with 1 when anything failed.
@@ -48,4 +49,14 @@ echo "== ugf report --minimum 0.210: $out/corrosion_2d_report.html"
 echo "== ugf compare --years 3 --minimum 0.150: $out/corrosion_2d_2029_compare.csv and .html"
 "$toolkit" compare --years 3 --minimum 0.150 --out-dir "$out" "$here/corrosion_2d.ugf" "$here/corrosion_2d_2029.ugf" ||
   failed=$((failed + 1))
+echo "== ugf archive: the floor's three inspections in $out/tank4.ugfdb, its history and its page"
+db="$out/tank4.ugfdb"
+rm -f "$db" "$db-wal" "$db-shm"  # a new archive each run
+for survey in corrosion_2d.ugf:2026-03-02 corrosion_2d_2029.ugf:2029-03-05 corrosion_2d_2032.ugf:2032-03-01; do
+  "$toolkit" archive add --db "$db" --part TANK4 --date "${survey#*:}" "$here/${survey%%:*}" || failed=$((failed + 1))
+done
+"$toolkit" archive list --db "$db" || failed=$((failed + 1))
+history=(--db "$db" --part TANK4 --minimum 0.200 --as-of 2032-09-01)
+"$toolkit" archive history "${history[@]}" --out "$out/TANK4_history.csv" || failed=$((failed + 1))
+"$toolkit" archive report "${history[@]}" --out-dir "$out" || failed=$((failed + 1))
 [ "$failed" -eq 0 ]
