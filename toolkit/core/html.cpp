@@ -131,7 +131,7 @@ std::string page_start(const std::string& title) {
         "h1{font-size:20px;margin:0 0 8px}h2{font-size:16px;margin:22px 0 6px;border-bottom:1px solid #999}"
         "h2,h3{break-after:avoid}h3{font-size:14px;margin:12px 0 4px}"
         "table{border-collapse:collapse;margin:4px 0 10px}th,td{border:1px solid #bbb;padding:1px 5px}"
-        ".head{display:flex;flex-wrap:wrap;gap:0 28px}.facts th{text-align:left;font-weight:normal;background:#f2f2f2}"
+        ".head{display:flex;flex-wrap:wrap;gap:0 28px;align-items:flex-start}.facts th{text-align:left;font-weight:normal;background:#f2f2f2}"
         ".list th{background:#eee}.list td{white-space:pre}tr{break-inside:avoid}thead{display:table-header-group}"
         "table.map{font:11px/16px monospace}.map th,.map td{height:18px;padding:0 2px;white-space:pre;text-align:right}"
         ".map th{background:#eee;font-weight:normal;color:#111}.map thead th{width:calc(var(--w) + 6px)}"
