@@ -57,3 +57,13 @@ def test_history_page_agrees_with_the_history_csv(tmp_path):
     assert [tr[0].text for tr in inspections.find("tbody")] == [r["ID"] for r in due_first]
     charts = [f.find("figcaption/b").text for f in root.iter("figure") if f.find("figcaption/b") is not None]
     assert charts == [r["ID"] for r in lives[:6]]
+
+
+def test_a_survey_without_a_grid_gets_a_profile_of_remaining_life(tmp_path):
+    r = run(UGF, "archive", "add", "--db", "t.ugfdb", "--part", "DRAIN", "--date", "2026-01-01",
+            os.path.join(EXAMPLES, "drain_linear.ugf"), cwd=tmp_path)
+    assert r.returncode == 0, r.stderr
+    assert run(UGF, "archive", "report", "--db", "t.ugfdb", "--part", "DRAIN", cwd=tmp_path).returncode == 0
+    root = page(tmp_path / "DRAIN_history.html")
+    assert not [t for t in root.iter("table") if t.get("class") == "map"]
+    (profile,) = [f for f in root.iter("figure") if "in the order of its walk" in "".join(f.find("figcaption").itertext())]

@@ -103,6 +103,7 @@ std::string part_from_name(const std::string& path) {
             }
         }
     }
+    if (at == std::string::npos) return name;
     const auto separator = [&](std::size_t i) { return i < name.size() && std::strchr("_-. ", name[i]) != nullptr; };
     if (at > 0 && separator(at - 1)) --at, ++length;
     else if (separator(at + length)) ++length;

@@ -297,7 +297,7 @@ std::string chart_caption(const History& h, const HistoryRow& r) {
 int history_page(const History& h, const std::vector<DatedSurvey>& surveys, const std::vector<Grid>& latest_grids,
                  std::string& page, std::string& why) {
     const DatedSurvey* latest = latest_of(surveys);
-    if (latest == nullptr) {
+    if (latest == nullptr || h.surveys.empty()) {
         why = "no survey of " + h.part;
         return 0;
     }
