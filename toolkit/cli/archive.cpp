@@ -454,12 +454,25 @@ Run add_archive(CLI::App& app) {
     history_options(history);
     history->add_flag("--json", c->json, "JSON instead of CSV");
     history->add_option("--out", c->out, "Write to this file (default: standard output)");
+    history->footer(
+        "A row per identifier: ID, STATUS (ok; due: the next inspection is on or before --as-of;\n"
+        "below minimum; one reading only; no thickness), READINGS (one a date), the FIRST, PREVIOUS and\n"
+        "LATEST thickness with their dates, UNITS (the latest survey's), the LONG-TERM, SHORT-TERM,\n"
+        "LEAST-SQUARES and GOVERNING (the larger of the first two) RATE PER YEAR of loss, REQUIRED and\n"
+        "REQUIRED FROM, REMAINING LIFE (YEARS) (latest - required) / governing rate, RETIREMENT DATE,\n"
+        "NEXT INSPECTION (half the remaining life on, at most --max-interval) and a NOTE where the\n"
+        "latest survey has no thickness of the point.");
 
     CLI::App* report = c->subs[REPORT] = cmd->add_subcommand(
         "report", "A page of the part's history (PART_history.html): remaining life map, inspections, worst points");
     db(report);
     history_options(report);
     report->add_option("--out-dir", c->out_dir, "Write the page here (default: the current folder)");
+    report->footer(
+        "The page: the part's surveys; a summary (points, below minimum, due, shortest remaining life);\n"
+        "a map laid out as the latest survey's grid, each point's remaining life in years (below the\n"
+        "minimum red, due framed, no remaining life grey), or a profile for a survey without a grid;\n"
+        "the points by next inspection; charts of thickness over the years of the six shortest lives.");
 
     CLI::App* get = c->subs[GET] = cmd->add_subcommand("get", "Write a stored survey's original file, byte for byte");
     db(get);
