@@ -4,10 +4,15 @@
 // surveys, foreign files, the original bytes back, and writers at once.
 #include <gtest/gtest.h>
 
+#include <signal.h>
 #include <sqlite3.h>
 #include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <chrono>
 #include <filesystem>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -65,11 +70,18 @@ struct ArchiveRun : ::testing::Test {
     }
 };
 
-void sql(const std::string& path, const char* statements) {
+// Runs the statements; the first column of the last row is kept as text.
+std::string sql(const std::string& path, const char* statements) {
     sqlite3* db = nullptr;
-    ASSERT_EQ(sqlite3_open(path.c_str(), &db), SQLITE_OK);
-    EXPECT_EQ(sqlite3_exec(db, statements, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(db);
+    std::string last;
+    EXPECT_EQ(sqlite3_open(path.c_str(), &db), SQLITE_OK);
+    const auto keep = [](void* to, int, char** values, char**) {
+        *static_cast<std::string*>(to) = values[0] != nullptr ? values[0] : "";
+        return 0;
+    };
+    EXPECT_EQ(sqlite3_exec(db, statements, keep, &last, nullptr), SQLITE_OK) << sqlite3_errmsg(db);
     sqlite3_close(db);
+    return last;
 }
 
 // Three surveys 4.0 years apart (1461 days of 365.25), the first in
@@ -285,6 +297,36 @@ TEST_F(ArchiveRun, WritersAtOnceAllStoreTheirSurveys) {
     for (std::thread& t : threads) t.join();
     for (const RunResult& run : runs) EXPECT_EQ(run.status, 0) << run.errors;
     EXPECT_EQ(ugf("list", {}).console.substr(0, 36), "w: 7 surveys, 0 required thicknesses");
+}
+
+// `ugf archive add` of a survey of 25,974 points killed at random moments:
+// after each kill the file passes SQLite's integrity check, and every survey
+// in it has all of its points.
+TEST_F(ArchiveRun, AKilledAddLeavesWholeSurveysOnly) {
+    SurveyHeader h{.file_type = 2, .gage_type = 5};
+    h.prefix = "K-";
+    h.id_count = 999 * 26;
+    set_ranges(h, {{"001", "999"}, {"A", "Z"}});
+    ImageBuilder image = survey_image(h);
+    for (std::uint32_t i = 0; i < h.id_count; ++i) write_slot(image, 2, i, gauge_record({.thickness = 2000 + i % 500}));
+    ASSERT_EQ(ugf("add", {save("k_2026-01-01.ugf", image)}).status, 0);
+    std::mt19937 random(20260301);
+    for (std::uint32_t round = 1; round <= 6; ++round) {
+        write_slot(image, 2, 0, gauge_record({.thickness = 1000 + round}));  // new bytes
+        const std::string path = save("k_2026-01-0" + std::to_string(round + 1) + ".ugf", image);
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            execl(UGF_TOOLKIT_BINARY, "ugf", "archive", "add", "--db", db.c_str(), path.c_str(), nullptr);
+            _exit(127);
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(std::uniform_int_distribution(5, 150)(random)));
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+        EXPECT_EQ(sql(db, "PRAGMA integrity_check"), "ok");
+        EXPECT_EQ(sql(db, "SELECT count(*) FROM survey s WHERE points != 25974 OR points != (SELECT count(*) FROM point"
+                          " WHERE key BETWEEN s.id << 32 AND (s.id << 32) + 4294967295)"), "0");
+    }
 }
 
 }  // namespace
