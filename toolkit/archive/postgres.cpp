@@ -196,6 +196,11 @@ int run(Server& server, const char* sql, const Params& params, Result& result, s
     std::vector<const char*> values(count);
     std::vector<int> lengths(count), formats(count, 1);
     for (std::size_t i = 0; i < count; ++i) {
+        if (params.values[i].size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
+            why = server.name + ": a value of " + std::to_string(params.values[i].size()) +
+                  " bytes is more than the server takes";
+            return 0;
+        }
         values[i] = params.nulls[i] ? nullptr : params.values[i].data();
         lengths[i] = static_cast<int>(params.values[i].size());
     }
