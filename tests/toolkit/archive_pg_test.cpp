@@ -151,18 +151,18 @@ std::string dump(Archive& archive) {
     return out;
 }
 
-// Surveys of two parts; two on one date, texts that are no UTF-8, numbers
-// that only the exact bits give back.
+// Surveys of two parts, not added in the order of their dates; two on one
+// date, texts that are no UTF-8, numbers that only the exact bits give back.
 std::vector<NewSurvey> surveys() {
-    std::vector<NewSurvey> made = {make_survey("tank4", 19000, "2022", 400), make_survey("tank4", 19800, "2024 a", 400),
-                                   make_survey("tank4", 19800, "2024 b", 400), make_survey("vessel-2", 19500, "v", 60)};
-    made[2].points[0].value = 0.1 + 0.2;
-    made[2].points[4].value = 1.0 / 3;
-    made[2].points[8].low_alarm = 5e-324;
-    made[2].points[12].value = DBL_MAX;
-    made[3].facts.description = "\xe9paisseur \xff\x01";
-    made[3].points[1].id = "\xc3(";
-    made[3].file_name = "/surveys/2023/v\xe4ssel.ugf";
+    std::vector<NewSurvey> made = {make_survey("vessel-2", 19500, "v", 60), make_survey("tank4", 19800, "2024 a", 400),
+                                   make_survey("tank4", 19000, "2022", 400), make_survey("tank4", 19800, "2024 b", 400)};
+    made[3].points[0].value = 0.1 + 0.2;
+    made[3].points[4].value = 1.0 / 3;
+    made[3].points[8].low_alarm = 5e-324;
+    made[3].points[12].value = DBL_MAX;
+    made[0].facts.description = "\xe9paisseur \xff\x01";
+    made[0].points[1].id = "\xc3(";
+    made[0].file_name = "/surveys/2023/v\xe4ssel.ugf";
     return made;
 }
 
@@ -323,6 +323,7 @@ TEST_F(PgArchiveTest, RefusesWhatIsNoArchiveAndCreatesNothing) {
          server->folder + "/newer is an archive of a newer version of ugf (schema 2; this one reads schema 1)"},
         {"", "postgres://u:pw@/x?host=" + nowhere, true,
          nowhere + "/x: connection to server on socket \"" + nowhere + "/.s.PGSQL.5432\" failed: No such file or directory"},
+        {"", "postgresql://u:se%zzcret@/x", false, "the archive's URI: invalid percent-encoded token: \"***\""},
     };
     for (const auto& c : cases) {
         const std::string tables = "SELECT count(*) FROM pg_tables WHERE schemaname = 'public'";

@@ -620,6 +620,7 @@ std::string name_of(PGconn* connection) {
     const char* host = PQhost(connection);
     const char* port = PQport(connection);
     const char* database = PQdb(connection);
+    if ((!host || !*host) && (!database || !*database)) return "the archive's URI";  // libpq could not read it
     std::string name = host && *host ? host : "localhost";
     if (port && *port && std::strcmp(port, "5432") != 0) name += std::string(":") + port;
     return name + "/" + (database ? database : "");
