@@ -173,11 +173,15 @@ TEST_F(PgArchiveTest, SameResultsAsTheFileAndCopiesBothWays) {
                 archive_open(pg_copy, server->uri("copy"), true, why) &&
                 archive_open(file_copy, server->folder + "/b.ugfdb", true, why)) << why;
     for (Archive* archive : {&file, &pg}) {
-        for (const NewSurvey& survey : surveys()) add(*archive, survey);
-        std::int64_t id = 0, existing = 0;
-        EXPECT_FALSE(archive_add(*archive, make_survey("tank5", 1, "2024 a"), id, existing, why));
-        EXPECT_EQ(why, "the same file is already stored as survey 2 (tank4, 2024-03-18, tank4.ugf)");
-        EXPECT_EQ(existing, 2);
+        for (const NewSurvey& survey : surveys()) {
+            add(*archive, survey);
+            if (survey.bytes != "2024 a") continue;
+            // Refused before the next add: it takes no id from it.
+            std::int64_t id = 0, existing = 0;
+            EXPECT_FALSE(archive_add(*archive, make_survey("tank5", 1, "2024 a"), id, existing, why));
+            EXPECT_EQ(why, "the same file is already stored as survey 2 (tank4, 2024-03-18, tank4.ugf)");
+            EXPECT_EQ(existing, 2);
+        }
         ASSERT_TRUE(archive_set_minimums(*archive, "tank4", {{"A4", 0.1 + 0.2, ""}, {"A0", 10.5, "MM"}}, why) &&
                     archive_set_minimums(*archive, "tank9", {{"B1", 1.0 / 3, "IN"}}, why)) << why;
     }
