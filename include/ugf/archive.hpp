@@ -124,9 +124,10 @@ struct CopyCounts {
 // the order they were stored, each one transaction in `to`; a survey whose
 // bytes `to` already holds is skipped and counted. Then each part's table of
 // required thicknesses replaces that part's table in `to` (a part without
-// one leaves the target's as it is). The copy's histories are the
-// original's; its ids may differ. Stops at the first failure, with what was
-// copied until then kept.
+// one leaves the target's as it is). Into an archive that holds no other
+// surveys of these parts, the copy's histories are the original's; its ids
+// may differ. Stops at the first failure, with what was copied until then
+// kept.
 int archive_copy(Archive& from, Archive& to, CopyCounts& counts, std::string& why);
 
 // The SHA-256 of bytes, as 64 lower-case hex digits.
