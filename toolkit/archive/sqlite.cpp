@@ -664,7 +664,8 @@ const ArchiveOps sqlite_archive_ops = {sqlite_close,   sqlite_add,          sqli
                                        sqlite_surveys, sqlite_points,       sqlite_file,
                                        sqlite_set_minimums, sqlite_minimums, sqlite_check};
 
-int sqlite_archive_open(const std::string& path, bool create, ArchiveState*& opened, std::string& why) {
+int sqlite_archive_open(const std::string& path, bool create, ArchiveState*& opened, std::string& name,
+                        std::string& why) {
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(path, error);
     if (std::filesystem::is_directory(status)) {
@@ -693,8 +694,8 @@ int sqlite_archive_open(const std::string& path, bool create, ArchiveState*& ope
     const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (create ? SQLITE_OPEN_CREATE : 0);
     // SQLite may read a name that starts with "file:" as a URI with options;
     // the same file by a name that doesn't is taken as it is.
-    const std::string name = path.rfind("file:", 0) == 0 ? "./" + path : path;
-    if (sqlite3_open_v2(name.c_str(), &state->db, flags, nullptr) != SQLITE_OK) {
+    const std::string file = path.rfind("file:", 0) == 0 ? "./" + path : path;
+    if (sqlite3_open_v2(file.c_str(), &state->db, flags, nullptr) != SQLITE_OK) {
         why = "cannot open " + path + ": " + (state->db ? sqlite3_errmsg(state->db) : "out of memory");
         return 0;
     }
@@ -714,6 +715,7 @@ int sqlite_archive_open(const std::string& path, bool create, ArchiveState*& ope
         if ((code != SQLITE_BUSY && code != SQLITE_LOCKED) || std::chrono::steady_clock::now() >= deadline) return 0;
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
+    name = path;
     opened = state.release();
     return 1;
 }
