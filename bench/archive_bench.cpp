@@ -1,9 +1,17 @@
 // Times the archive: adds a part's surveys of 52 x 999 points each to a new
-// archive (readings a second), then loads all points of all of them, as the
-// history of the part does, and makes the history, its CSV and its report
-// page from them, as `ugf archive history` and `ugf archive report` do.
+// archive (surveys and readings a second), from one or several processes at
+// once, then loads all points of all of them, as the history of the part
+// does, and makes the history, its CSV and its report page from them, as
+// `ugf archive history` and `ugf archive report` do.
 //
-//   archive_bench [SURVEYS] [FOLDER]   (20 surveys; the system's temporary folder)
+//   archive_bench [SURVEYS] [WHERE] [PROCESSES]
+//
+// SURVEYS (20) are shared out among PROCESSES (1) adding at once. WHERE is a
+// folder for a new archive file (the system's temporary folder), or a
+// postgresql:// URI of a database without an archive (bench/archive_pg_bench.sh
+// starts a server of its own). Each process makes its surveys before the
+// clock starts; the time is from the start of the adds to the end of the last.
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -12,6 +20,9 @@
 #include <filesystem>
 #include <random>
 #include <string>
+#include <vector>
+
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "ugf/archive.hpp"
@@ -78,38 +89,80 @@ ugf::kit::NewSurvey make_survey(int year, std::mt19937& random) {
     return survey;
 }
 
+// One adding process: makes its surveys, says it is ready, waits for the
+// start, adds them and writes its processor time of the adds.
+[[noreturn]] void add_process(const std::string& where, int first, int count, int ready, int start, int report) {
+    std::mt19937 random(7 + first);
+    std::vector<ugf::kit::NewSurvey> surveys;
+    for (int i = 0; i < count; ++i) surveys.push_back(make_survey(2000 + first + i, random));
+    ugf::kit::Archive archive;
+    std::string why;
+    int code = ugf::kit::archive_open(archive, where, false, why) ? 0 : 1;
+    char byte = 0;
+    if (write(ready, &byte, 1) != 1 || read(start, &byte, 1) != 0) code = 1;
+    const double processor = processor_seconds();
+    for (const ugf::kit::NewSurvey& survey : surveys) {
+        std::int64_t id = 0, existing = 0;
+        if (code == 0 && !ugf::kit::archive_add(archive, survey, id, existing, why)) code = 1;
+    }
+    const double used = processor_seconds() - processor;
+    if (code != 0) std::fprintf(stderr, "archive_bench: %s\n", why.c_str());
+    if (write(report, &used, sizeof used) != sizeof used) code = 1;
+    std::_Exit(code);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     const int count = argc > 1 ? std::atoi(argv[1]) : 20;
-    const std::filesystem::path folder = argc > 2 ? argv[2] : std::filesystem::temp_directory_path();
-    const std::string path = (folder / ("archive_bench_" + std::to_string(::getpid()) + ".ugfdb")).string();
-    std::mt19937 random(7);
+    const std::string where = argc > 2 ? argv[2] : std::filesystem::temp_directory_path().string();
+    const int processes = argc > 3 ? std::max(1, std::atoi(argv[3])) : 1;
+    const bool server = where.rfind("postgres", 0) == 0;
+    const std::string path = server ? where
+                                    : (std::filesystem::path(where) /
+                                       ("archive_bench_" + std::to_string(::getpid()) + ".ugfdb")).string();
     std::string why;
     ugf::kit::Archive archive;
     if (!ugf::kit::archive_open(archive, path, true, why)) {
         std::fprintf(stderr, "archive_bench: %s\n", why.c_str());
         return 1;
     }
-    double adding = 0, adding_processor = 0;
-    std::uint64_t readings = 0;
-    for (int i = 0; i < count; ++i) {
-        const ugf::kit::NewSurvey survey = make_survey(2000 + i, random);
-        const Clock::time_point start = Clock::now();
-        const double processor = processor_seconds();
-        std::int64_t id = 0, existing = 0;
-        if (!ugf::kit::archive_add(archive, survey, id, existing, why)) {
-            std::fprintf(stderr, "archive_bench: %s\n", why.c_str());
-            return 1;
+    // Ready: one byte from each process; start: the end of the pipe; report:
+    // each process's processor time.
+    int ready[2], start[2], report[2];
+    if (pipe(ready) != 0 || pipe(start) != 0 || pipe(report) != 0) return 1;
+    std::vector<pid_t> children;
+    for (int p = 0; p < processes; ++p) {
+        const int first = count * p / processes, last = count * (p + 1) / processes;
+        const pid_t child = fork();
+        if (child == 0) {
+            close(start[1]);
+            add_process(path, first, last - first, ready[1], start[0], report[1]);
         }
-        adding += seconds_since(start);
-        adding_processor += processor_seconds() - processor;
-        readings += survey.points.size();
+        children.push_back(child);
     }
-    std::printf("add:  %d surveys, %llu points in %.3f s (processor %.3f s): %.0f points a second\n", count,
-                static_cast<unsigned long long>(readings), adding, adding_processor, readings / adding);
+    close(start[0]);
+    char byte;
+    for (int p = 0; p < processes; ++p)
+        if (read(ready[0], &byte, 1) != 1) return 1;
+    const Clock::time_point begin = Clock::now();
+    close(start[1]);
+    double adding_processor = 0, used = 0;
+    bool failed = false;
+    for (pid_t child : children) {
+        int status = 0;
+        failed |= waitpid(child, &status, 0) != child || !WIFEXITED(status) || WEXITSTATUS(status) != 0;
+    }
+    const double adding = seconds_since(begin);
+    for (int p = 0; p < processes; ++p)
+        if (read(report[0], &used, sizeof used) == sizeof used) adding_processor += used;
+    if (failed) return 1;
+    const std::uint64_t readings = std::uint64_t{52 * 999} * static_cast<std::uint64_t>(count);
+    std::printf("add:  %d processes, %d surveys, %llu points in %.3f s (processor %.3f s): %.2f surveys, %.0f points a second\n",
+                processes, count, static_cast<unsigned long long>(readings), adding, adding_processor,
+                count / adding, readings / adding);
 
-    const Clock::time_point start = Clock::now();
+    const Clock::time_point loading_start = Clock::now();
     const double processor = processor_seconds();
     std::vector<ugf::kit::StoredSurvey> surveys;
     std::vector<std::vector<ugf::kit::Point>> points;
@@ -125,7 +178,7 @@ int main(int argc, char** argv) {
         }
         loaded += points.back().size();
     }
-    const double loading = seconds_since(start);
+    const double loading = seconds_since(loading_start);
     std::printf("load: %zu surveys, %llu points in %.3f s (processor %.3f s): %.0f points a second\n",
                 surveys.size(), static_cast<unsigned long long>(loaded), loading, processor_seconds() - processor,
                 loaded / loading);
@@ -166,6 +219,6 @@ int main(int argc, char** argv) {
                 history.rows.size(), dated.size(), seconds_since(history_wall), paged - history_start,
                 made - history_start, written - made, paged - written, csv.size() / 1e6, page.size() / 1e6);
     ugf::kit::archive_close(archive);
-    std::filesystem::remove(path);
+    if (!server) std::filesystem::remove(path);
     return 0;
 }

@@ -4,9 +4,10 @@
 // archive alone; and per part, the required thickness of each identifier.
 //
 // One interface, one implementation per kind of store, chosen when the
-// archive is opened: a file path opens an SQLite file (a PostgreSQL URL is
-// meant for a second implementation). Every implementation gives the same
-// results; the orders and texts below are part of that contract.
+// archive is opened: a file path opens an SQLite file, a postgresql:// or
+// postgres:// URI an archive on a PostgreSQL server. Every implementation
+// gives the same results; the orders and texts below are part of that
+// contract.
 //
 // An operation that can fail returns 1, or 0 with `why` saying what went
 // wrong in words that the command line prints after "ugf: ". An archive is
@@ -28,6 +29,7 @@ struct Archive {
     const ArchiveOps* ops = nullptr;  // null while closed
     ArchiveState* state = nullptr;
     std::string where;  // as given to archive_open
+    std::string name;   // in messages: the file's path, or HOST/DATABASE of a server (no user, no password)
 
     Archive() = default;
     Archive(const Archive&) = delete;
@@ -35,10 +37,14 @@ struct Archive {
     ~Archive();
 };
 
-// Opens the archive at `where`, a file path. A missing archive is created
-// only when `create` is set; otherwise "no archive at PATH (ugf archive add
-// creates one)". A file that is not an archive, or an archive of a newer
-// schema than this program knows, is refused and left as it is.
+// Opens the archive at `where`: a file path, or a libpq connection URI
+// (postgresql://USER@HOST:PORT/DATABASE?sslmode=...; the password comes from
+// libpq's password file, PGPASSWORD or a service file). A missing archive is
+// created only when `create` is set; otherwise "no archive at PATH (ugf
+// archive add creates one)". A file or database that is not an archive, or
+// an archive of a newer schema than this program knows, is refused and left
+// as it is; so is a server that can't be reached or refuses the login (one
+// line with libpq's reason).
 int archive_open(Archive& archive, const std::string& where, bool create, std::string& why);
 void archive_close(Archive& archive);
 
@@ -107,6 +113,22 @@ int archive_minimums(Archive& archive, const std::string& part, std::vector<Mini
 // Checks the store's consistency: its own integrity check, and every survey
 // has all of its points and its file. `why` lists what is wrong.
 int archive_check(Archive& archive, std::string& why);
+
+struct CopyCounts {
+    std::uint64_t copied = 0;          // surveys added to the target
+    std::uint64_t skipped = 0;         // surveys whose bytes the target already held
+    std::uint64_t minimum_tables = 0;  // parts whose required thicknesses were copied
+};
+
+// Copies every survey of `from` (its facts, points and file) into `to` in
+// the order they were stored, each one transaction in `to`; a survey whose
+// bytes `to` already holds is skipped and counted. Then each part's table of
+// required thicknesses replaces that part's table in `to` (a part without
+// one leaves the target's as it is). Into an archive that holds no other
+// surveys of these parts, the copy's histories are the original's; its ids
+// may differ. Stops at the first failure, with what was copied until then
+// kept.
+int archive_copy(Archive& from, Archive& to, CopyCounts& counts, std::string& why);
 
 // The SHA-256 of bytes, as 64 lower-case hex digits.
 std::string sha256_hex(const std::string& bytes);

@@ -17,15 +17,12 @@
 #include <thread>
 #include <tuple>
 
-#include "archive/backend.h"
-#include "ugf/archive.hpp"
+#include "archive_support.h"
 
 namespace fs = std::filesystem;
 using namespace ugf::kit;
 
 namespace {
-
-constexpr double NONE = std::numeric_limits<double>::quiet_NaN();
 
 struct ArchiveTest : testing::Test {
     fs::path folder;
@@ -51,62 +48,6 @@ void raw_sql(const std::string& path, const char* sql) {
     ASSERT_EQ(sqlite3_open(path.c_str(), &db), SQLITE_OK);
     EXPECT_EQ(sqlite3_exec(db, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(db);
     sqlite3_close(db);
-}
-
-// Points of every kind: a thickness, a lost signal with notes, an empty slot,
-// a velocity check with scans; the numbers vary with `seed`.
-std::vector<Point> make_points(int count, int seed = 0) {
-    std::vector<Point> points(static_cast<std::size_t>(count));
-    for (int i = 0; i < count; ++i) {
-        Point& p = points[static_cast<std::size_t>(i)];
-        p = {.index = 3 * i + 1, .id = "A" + std::to_string(i), .units = "MM", .setup = i % 32, .alarm = "NONE"};
-        switch (i % 4) {
-            case 0:
-                p.value = 10 + (i + seed) % 997 / 100.0;
-                p.decimals = 2;
-                p.text = " " + std::to_string(p.value).substr(0, 5);
-                p.low_alarm = 9.25;
-                break;
-            case 1: p = {.index = p.index, .id = p.id, .text = "LOS", .lost = true, .notes = 0x8001u}; break;
-            case 2: p.empty = true; break;
-            default:
-                p = {.index = p.index, .id = p.id, .text = "5920", .value = 5920, .velocity = true, .units = "M/S",
-                     .alarm = "LOW", .ascan = true, .bscan = true};
-        }
-    }
-    return points;
-}
-
-NewSurvey make_survey(const std::string& part, std::int32_t date, const std::string& bytes, int points = 8) {
-    NewSurvey survey{.part = part, .date = date, .file_name = part + ".ugf", .points = make_points(points, date),
-                     .bytes = bytes};
-    survey.facts = {.file_type_name = "2D", .instrument = "corrosion gauge", .model = "CG-7", .first_id = "A0",
-                    .last_id = "A" + std::to_string(points - 1), .walk_pattern_name = "STANDARD",
-                    .points = static_cast<std::uint32_t>(points), .description = "floor, north half",
-                    .inspector_id = "R. Lind", .location = "tank 4", .has_grid = true};
-    for (char letter = 'A'; letter <= 'P'; ++letter) survey.facts.notes.push_back(std::string("note ") + letter);
-    return survey;
-}
-
-void expect_same_points(const std::vector<Point>& got, const std::vector<Point>& want) {
-    ASSERT_EQ(got.size(), want.size());
-    for (std::size_t i = 0; i < want.size(); ++i) {
-        const Point &g = got[i], &w = want[i];
-        SCOPED_TRACE("point " + std::to_string(i));
-        EXPECT_EQ(std::tie(g.index, g.id, g.text, g.decimals, g.empty, g.lost, g.velocity, g.units, g.notes, g.setup,
-                           g.alarm, g.ascan, g.bscan),
-                  std::tie(w.index, w.id, w.text, w.decimals, w.empty, w.lost, w.velocity, w.units, w.notes, w.setup,
-                           w.alarm, w.ascan, w.bscan));
-        EXPECT_TRUE(g.value == w.value || (std::isnan(g.value) && std::isnan(w.value)));
-        EXPECT_TRUE(g.low_alarm == w.low_alarm || (std::isnan(g.low_alarm) && std::isnan(w.low_alarm)));
-    }
-}
-
-std::int64_t add(Archive& archive, const NewSurvey& survey) {
-    std::int64_t id = 0, existing = 0;
-    std::string why;
-    EXPECT_TRUE(archive_add(archive, survey, id, existing, why)) << why;
-    return id;
 }
 
 // 2026-03-01: 56 years after 1970 with 14 leap days, then 31 + 28 days.
@@ -324,13 +265,6 @@ TEST_F(ArchiveTest, MinimumsAreReplacedAsAWhole) {
     std::vector<MinimumRow> rows;
     ASSERT_TRUE(archive_minimums(archive, "tank4", rows, why));
     EXPECT_TRUE(rows.empty());
-}
-
-// Waits for a child and gives its exit status, or -1 when it didn't exit.
-int exit_status(pid_t child) {
-    int status = 0;
-    if (waitpid(child, &status, 0) != child || !WIFEXITED(status)) return -1;
-    return WEXITSTATUS(status);
 }
 
 TEST_F(ArchiveTest, ProcessesAddingAtOnceAllSucceed) {

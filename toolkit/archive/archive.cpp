@@ -23,11 +23,16 @@ namespace {
 struct Backend {
     const char* prefix;
     const ArchiveOps* ops;  // null: not built into this program
-    int (*open)(const std::string& where, bool create, ArchiveState*& state, std::string& why);
+    ArchiveOpen open;
 };
 constexpr Backend BACKENDS[] = {
+#ifdef UGF_ARCHIVE_POSTGRES
+    {"postgresql://", &postgres_archive_ops, postgres_archive_open},
+    {"postgres://", &postgres_archive_ops, postgres_archive_open},
+#else
     {"postgresql://", nullptr, nullptr},
     {"postgres://", nullptr, nullptr},
+#endif
     {"", &sqlite_archive_ops, sqlite_archive_open},
 };
 
@@ -70,10 +75,12 @@ int archive_open(Archive& archive, const std::string& where, bool create, std::s
             return 0;
         }
         ArchiveState* state = nullptr;
-        if (!backend.open(where, create, state, why)) return 0;
+        std::string name;
+        if (!backend.open(where, create, state, name, why)) return 0;
         archive.ops = backend.ops;
         archive.state = state;
         archive.where = where;
+        archive.name = name;
         return 1;
     }
     return 0;  // the last entry takes every name
@@ -187,9 +194,45 @@ int archive_check(Archive& archive, std::string& why) {
     std::vector<std::string> problems;
     if (!not_open(archive, why) || !archive.ops->check(archive.state, problems, why)) return 0;
     if (problems.empty()) return 1;
-    why = archive.where + " is damaged:";
+    why = archive.name + " is damaged:";
     for (const std::string& problem : problems) why += "\n  " + problem;
     return 0;
+}
+
+int archive_copy(Archive& from, Archive& to, CopyCounts& counts, std::string& why) {
+    counts = {};
+    std::vector<StoredSurvey> surveys;
+    if (!archive_surveys(from, "", surveys, why)) return 0;
+    // In the order of adding, so that of two surveys of one date the later
+    // stored is still the later one in the copy.
+    std::sort(surveys.begin(), surveys.end(), [](const StoredSurvey& a, const StoredSurvey& b) { return a.id < b.id; });
+    for (StoredSurvey& stored : surveys) {
+        NewSurvey survey{.part = stored.part, .date = stored.date, .file_name = stored.file_name,
+                         .facts = std::move(stored.facts), .points = {}, .bytes = {}};
+        std::string name;
+        if (!archive_points(from, stored.id, survey.points, why) ||
+            !archive_file(from, stored.id, name, survey.bytes, why))
+            return 0;
+        std::int64_t id = 0, existing = 0;
+        if (archive_add(to, survey, id, existing, why)) {
+            ++counts.copied;
+        } else if (existing > 0) {
+            ++counts.skipped;
+        } else {
+            return 0;
+        }
+    }
+    std::vector<std::string> parts;
+    if (!archive_parts(from, parts, why)) return 0;
+    for (const std::string& part : parts) {
+        std::vector<MinimumRow> rows;
+        if (!archive_minimums(from, part, rows, why)) return 0;
+        if (rows.empty()) continue;
+        if (!archive_set_minimums(to, part, rows, why)) return 0;
+        ++counts.minimum_tables;
+    }
+    why.clear();
+    return 1;
 }
 
 }  // namespace ugf::kit

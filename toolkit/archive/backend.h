@@ -43,8 +43,21 @@ struct ArchiveOps {
     int (*check)(ArchiveState* state, std::vector<std::string>& problems, std::string& why);
 };
 
+// An implementation's open: 1 with the connection and the name that
+// messages give the archive (never with a password).
+using ArchiveOpen = int (*)(const std::string& where, bool create, ArchiveState*& state, std::string& name,
+                            std::string& why);
+
 // The SQLite file implementation.
 extern const ArchiveOps sqlite_archive_ops;
-int sqlite_archive_open(const std::string& path, bool create, ArchiveState*& state, std::string& why);
+int sqlite_archive_open(const std::string& path, bool create, ArchiveState*& state, std::string& name,
+                        std::string& why);
+
+#ifdef UGF_ARCHIVE_POSTGRES
+// The PostgreSQL implementation (libpq), for postgresql:// and postgres:// URIs.
+extern const ArchiveOps postgres_archive_ops;
+int postgres_archive_open(const std::string& where, bool create, ArchiveState*& state, std::string& name,
+                          std::string& why);
+#endif
 
 }  // namespace ugf::kit

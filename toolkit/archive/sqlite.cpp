@@ -14,12 +14,14 @@
 #include <sqlite3.h>
 
 #include <array>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <limits>
 #include <map>
 #include <memory>
+#include <thread>
 
 #include "archive/backend.h"
 
@@ -152,6 +154,7 @@ struct ArchiveState {
     std::string path;
     sqlite3* db = nullptr;
     std::array<sqlite3_stmt*, STATEMENT_COUNT> statements{};
+    int last_error = SQLITE_OK;  // the primary code of the last failure
 
     ~ArchiveState() {
         for (sqlite3_stmt* statement : statements) sqlite3_finalize(statement);
@@ -163,6 +166,7 @@ namespace {
 
 int failed(ArchiveState& state, std::string& why) {
     why = state.path + ": " + sqlite3_errmsg(state.db);
+    state.last_error = sqlite3_extended_errcode(state.db) & 0xFF;
     return 0;
 }
 
@@ -236,33 +240,6 @@ int done(ArchiveState& state, sqlite3_stmt* statement, std::string& why) {
     return sqlite3_step(statement) == SQLITE_DONE ? 1 : failed(state, why);
 }
 
-// What the file is, from its first 100 bytes: 1 for an SQLite file of this
-// archive, -1 for a file without a byte, 0 (with `why`) for anything else.
-int examine_header(const std::string& path, std::string& why) {
-    std::FILE* file = std::fopen(path.c_str(), "rb");
-    if (!file) {
-        why = "cannot open " + path;
-        return 0;
-    }
-    unsigned char header[100];
-    const std::size_t size = std::fread(header, 1, sizeof header, file);
-    std::fclose(file);
-    if (size == 0) return -1;
-    static constexpr char MAGIC[] = "SQLite format 3";  // with its terminating zero: 16 bytes
-    if (size < sizeof header || std::char_traits<char>::compare(reinterpret_cast<const char*>(header), MAGIC,
-                                                                sizeof MAGIC) != 0) {
-        why = path + " is not a survey archive (not an SQLite database)";
-        return 0;
-    }
-    const std::uint32_t id = std::uint32_t{header[68]} << 24 | std::uint32_t{header[69]} << 16 |
-                             std::uint32_t{header[70]} << 8 | header[71];
-    if (id != APPLICATION_ID) {
-        why = path + " is not a survey archive (an SQLite database of another program)";
-        return 0;
-    }
-    return 1;
-}
-
 int pragma_integer(ArchiveState& state, const char* sql, std::int64_t& value, std::string& why) {
     sqlite3_stmt* statement = nullptr;
     if (sqlite3_prepare_v2(state.db, sql, -1, &statement, nullptr) != SQLITE_OK) return failed(state, why);
@@ -282,10 +259,23 @@ int read_schema(ArchiveState& state, SchemaFacts& facts, std::string& why) {
     for (const char* table : TABLES) names += std::string(names.empty() ? "'" : ", '") + table + "'";
     const std::string tables =
         "SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name IN (" + names + ")";
-    return pragma_integer(state, "PRAGMA application_id", facts.application_id, why) &&
-           pragma_integer(state, "PRAGMA user_version", facts.version, why) &&
-           pragma_integer(state, "SELECT count(*) FROM sqlite_schema", facts.objects, why) &&
-           pragma_integer(state, tables.c_str(), facts.tables, why);
+    // One read transaction, so that the four are of one moment (another
+    // process may be writing the schema between them), unless the caller
+    // already holds one.
+    const bool own = sqlite3_get_autocommit(state.db) != 0;
+    if (own && !exec(state, "BEGIN", why)) return 0;
+    const int ok = pragma_integer(state, "PRAGMA application_id", facts.application_id, why) &&
+                   pragma_integer(state, "PRAGMA user_version", facts.version, why) &&
+                   pragma_integer(state, "SELECT count(*) FROM sqlite_schema", facts.objects, why) &&
+                   pragma_integer(state, tables.c_str(), facts.tables, why);
+    if (!ok && state.last_error == SQLITE_NOTADB) {
+        why = state.path + " is not a survey archive (not an SQLite database)";
+    }
+    if (own) {
+        if (!ok) return rolled_back(state, why);
+        return exec(state, "COMMIT", why);
+    }
+    return ok;
 }
 
 // Writes the schema into a database that has none yet. Another process may
@@ -634,53 +624,18 @@ int sqlite_check(ArchiveState* state, std::vector<std::string>& problems, std::s
                        problems, [](sqlite3_stmt* row) { return "survey " + text(row, 0) + " has no file"; }, why);
 }
 
-}  // namespace
-
-const ArchiveOps sqlite_archive_ops = {sqlite_close,   sqlite_add,          sqlite_parts,
-                                       sqlite_surveys, sqlite_points,       sqlite_file,
-                                       sqlite_set_minimums, sqlite_minimums, sqlite_check};
-
-int sqlite_archive_open(const std::string& path, bool create, ArchiveState*& opened, std::string& why) {
-    std::error_code error;
-    const std::filesystem::file_status status = std::filesystem::status(path, error);
-    if (std::filesystem::is_directory(status)) {
-        why = path + " is a folder, not a survey archive";
-        return 0;
-    }
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
-        why = path + " is not a survey archive (not a file)";
-        return 0;
-    }
-    if (std::filesystem::exists(status)) {
-        const int header = examine_header(path, why);
-        if (header == 0) return 0;
-        if (header < 0 && !create) {
-            why = path + " is not a survey archive (an empty file)";
-            return 0;
-        }
-    } else if (!create) {
-        why = "no archive at " + path + " (ugf archive add creates one)";
-        return 0;
-    }
-
-    auto state = std::make_unique<ArchiveState>();
-    state->path = path;
-    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (create ? SQLITE_OPEN_CREATE : 0);
-    // SQLite may read a name that starts with "file:" as a URI with options;
-    // the same file by a name that doesn't is taken as it is.
-    const std::string name = path.rfind("file:", 0) == 0 ? "./" + path : path;
-    if (sqlite3_open_v2(name.c_str(), &state->db, flags, nullptr) != SQLITE_OK) {
-        why = "cannot open " + path + ": " + (state->db ? sqlite3_errmsg(state->db) : "out of memory");
-        return 0;
-    }
-    sqlite3_extended_result_codes(state->db, 1);
-    sqlite3_busy_timeout(state->db, BUSY_TIMEOUT_MS);
-
+// Makes sure the open file is an archive of a version this program reads
+// (creating its schema where asked and the file holds nothing), in the
+// write-ahead log mode. 1, or 0 with `why`.
+int prepare_archive(ArchiveState& state, const std::string& path, bool create, std::string& why) {
     // Only reads until the file has proved to be an archive of this version.
+    // They go through SQLite's locks, so a file that another process is
+    // writing is seen before or after that write, never half way; a file
+    // that is no database is never written to.
     SchemaFacts facts;
-    if (!read_schema(*state, facts, why)) return 0;
+    if (!read_schema(state, facts, why)) return 0;
     if (create && facts.application_id == 0 && facts.objects == 0) {
-        if (!create_schema(*state, why) || !read_schema(*state, facts, why)) return 0;
+        if (!create_schema(state, why) || !read_schema(state, facts, why)) return 0;
     }
     if (facts.application_id != APPLICATION_ID) {
         why = path + " is not a survey archive (an SQLite database of another program)";
@@ -700,10 +655,71 @@ int sqlite_archive_open(const std::string& path, bool create, ArchiveState*& ope
     // pages it writes in memory until its commit, however many (no spill), so
     // that each is written once; the cache of pages read stays small, as a
     // load passes each page once.
-    if (!use_write_ahead_log(*state, why) ||
-        !exec(*state, "PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON; PRAGMA cache_size = -2048;"
-                      " PRAGMA cache_spill = OFF", why))
+    if (!use_write_ahead_log(state, why) ||
+        !exec(state, "PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON; PRAGMA cache_size = -2048;"
+                     " PRAGMA cache_spill = OFF", why))
         return 0;
+    return 1;
+}
+
+}  // namespace
+
+const ArchiveOps sqlite_archive_ops = {sqlite_close,   sqlite_add,          sqlite_parts,
+                                       sqlite_surveys, sqlite_points,       sqlite_file,
+                                       sqlite_set_minimums, sqlite_minimums, sqlite_check};
+
+int sqlite_archive_open(const std::string& path, bool create, ArchiveState*& opened, std::string& name,
+                        std::string& why) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    if (std::filesystem::is_directory(status)) {
+        why = path + " is a folder, not a survey archive";
+        return 0;
+    }
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+        why = path + " is not a survey archive (not a file)";
+        return 0;
+    }
+    // An empty file is refused, but where an archive may be created it may be
+    // one that another process is creating right now: that process holds the
+    // write lock until its schema is in, and the look below waits for it.
+    if (std::filesystem::exists(status)) {
+        if (!create && std::filesystem::file_size(path, error) == 0 && !error) {
+            why = path + " is not a survey archive (an empty file)";
+            return 0;
+        }
+    } else if (!create) {
+        why = "no archive at " + path + " (ugf archive add creates one)";
+        return 0;
+    }
+
+    auto state = std::make_unique<ArchiveState>();
+    state->path = path;
+    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (create ? SQLITE_OPEN_CREATE : 0);
+    // SQLite may read a name that starts with "file:" as a URI with options;
+    // the same file by a name that doesn't is taken as it is.
+    const std::string file = path.rfind("file:", 0) == 0 ? "./" + path : path;
+    if (sqlite3_open_v2(file.c_str(), &state->db, flags, nullptr) != SQLITE_OK) {
+        why = "cannot open " + path + ": " + (state->db ? sqlite3_errmsg(state->db) : "out of memory");
+        return 0;
+    }
+    sqlite3_extended_result_codes(state->db, 1);
+    sqlite3_busy_timeout(state->db, BUSY_TIMEOUT_MS);
+
+    // Several processes may open (and create) one archive at once. SQLite
+    // waits for the others' locks (the busy timeout) but gives up at once
+    // where waiting could deadlock, as when the log mode changes under a
+    // reader; such a step is taken again until the timeout has passed.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(BUSY_TIMEOUT_MS);
+    for (;;) {
+        why.clear();
+        state->last_error = SQLITE_OK;
+        if (prepare_archive(*state, path, create, why) != 0) break;
+        const int code = state->last_error;
+        if ((code != SQLITE_BUSY && code != SQLITE_LOCKED) || std::chrono::steady_clock::now() >= deadline) return 0;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    name = path;
     opened = state.release();
     return 1;
 }
