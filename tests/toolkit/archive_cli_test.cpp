@@ -4,6 +4,7 @@
 // surveys, foreign files, the original bytes back, and writers at once.
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <signal.h>
 #include <sqlite3.h>
 #include <stdlib.h>
@@ -317,6 +318,9 @@ TEST_F(ArchiveRun, AKilledAddLeavesWholeSurveysOnly) {
         const pid_t child = fork();
         ASSERT_GE(child, 0);
         if (child == 0) {
+            const int quiet = open("/dev/null", O_WRONLY);
+            dup2(quiet, 1);
+            dup2(quiet, 2);
             execl(UGF_TOOLKIT_BINARY, "ugf", "archive", "add", "--db", db.c_str(), path.c_str(), nullptr);
             _exit(127);
         }

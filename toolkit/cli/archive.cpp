@@ -159,7 +159,7 @@ int run_list(const ArchiveCommand& c, Archive& archive) {
     std::vector<std::string> parts;
     if (archive_parts(archive, parts, why) == 0) return fail(why);
     if (!c.part.empty()) {
-        if (std::find(parts.begin(), parts.end(), c.part) == parts.end()) return fail("no part " + c.part + " in " + c.db);
+        if (std::find(parts.begin(), parts.end(), c.part) == parts.end()) return fail("no part " + c.part + " in " + archive.name);
         parts = {c.part};
     }
     nlohmann::ordered_json json = nlohmann::ordered_json::array();
@@ -292,7 +292,7 @@ int load_history(const ArchiveCommand& c, Archive& archive, std::vector<DatedSur
     std::vector<MinimumRow> minimums;
     if (archive_surveys(archive, c.part, stored, why) == 0 || archive_minimums(archive, c.part, minimums, why) == 0) return 0;
     if (stored.empty()) {
-        why = "no survey of " + c.part + " in " + c.db;
+        why = "no survey of " + c.part + " in " + archive.name;
         return 0;
     }
     for (const StoredSurvey& s : stored) {
@@ -410,7 +410,8 @@ Run add_archive(CLI::App& app) {
         "Each survey keeps its date, its part, its facts, every point as the grid shows it and the\n"
         "file's own bytes, so `get` gives the original back.");
     auto db = [&](CLI::App* sub) {
-        sub->add_option("--db", c->db, "The archive file (default: the environment variable UGF_ARCHIVE)")->envname("UGF_ARCHIVE");
+        sub->add_option("--db", c->db, "The archive file, or a postgresql:// URI (default: the environment variable UGF_ARCHIVE)")
+            ->envname("UGF_ARCHIVE");
     };
     auto history_options = [&](CLI::App* sub) {
         sub->add_option("--part", c->part, "The part")->required();
