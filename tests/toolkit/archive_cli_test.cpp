@@ -147,7 +147,8 @@ TEST_F(ArchiveRun, DatesAndPartsFromNamesDescriptionsAndOptions) {
         {{}, "tank4_2026-03-01.ugf", "", "stored @ as survey 1 (tank4, 2026-03-01, 1 points)\n", 0},
         {{}, "2027-05-06/east.ugf", "", "stored @ as survey 2 (east, 2027-05-06, 1 points)\n", 0},
         {{}, "20280102-west.ugf", "  WEST SHELL  ", "stored @ as survey 3 (WEST SHELL, 2028-01-02, 1 points)\n", 0},
-        {{"--part", "P7", "--date", "2029-02-03"}, "north_2020-01-01.ugf", "N", "stored @ as survey 4 (P7, 2029-02-03, 1 points)\n", 0},
+        {{}, "20290304_south.ugf", "", "stored @ as survey 4 (south, 2029-03-04, 1 points)\n", 0},
+        {{"--part", "P7", "--date", "2029-02-03"}, "north_2020-01-01.ugf", "N", "stored @ as survey 5 (P7, 2029-02-03, 1 points)\n", 0},
         {{}, "south.ugf", "", "ugf: @: no date: name it in the file name (tank4_2026-03-01.ugf) or give --date YYYY-MM-DD\n", 1},
     };
     int reading = 2000;
@@ -164,13 +165,16 @@ TEST_F(ArchiveRun, DatesAndPartsFromNamesDescriptionsAndOptions) {
     EXPECT_EQ(ugf("list", {}).console,
               "P7: 1 survey, 0 required thicknesses\n"
               "  SURVEY  DATE        POINTS  READINGS  FILE\n"
-              "       4  2029-02-03       1         1  north_2020-01-01.ugf\n"
+              "       5  2029-02-03       1         1  north_2020-01-01.ugf\n"
               "WEST SHELL: 1 survey, 0 required thicknesses\n"
               "  SURVEY  DATE        POINTS  READINGS  FILE\n"
               "       3  2028-01-02       1         1  20280102-west.ugf\n"
               "east: 1 survey, 0 required thicknesses\n"
               "  SURVEY  DATE        POINTS  READINGS  FILE\n"
               "       2  2027-05-06       1         1  east.ugf\n"
+              "south: 1 survey, 0 required thicknesses\n"
+              "  SURVEY  DATE        POINTS  READINGS  FILE\n"
+              "       4  2029-03-04       1         1  20290304_south.ugf\n"
               "tank4: 1 survey, 0 required thicknesses\n"
               "  SURVEY  DATE        POINTS  READINGS  FILE\n"
               "       1  2026-03-01       1         1  tank4_2026-03-01.ugf\n");
