@@ -1,5 +1,5 @@
-// The C interface as a C program calls it, through the shared library: a
-// small survey's points, grid and figures worked out by hand, and each
+// The C interface as a C program calls it, through the shared library: the
+// points, grid and figures of the small tank (small_tank) worked out by hand, and each
 // failure with its code and the text that `ugf` prints after "ugf: PATH: ".
 #include <gtest/gtest.h>
 
@@ -19,28 +19,6 @@ namespace {
 
 using namespace test;
 
-// A corrosion gauge 2D survey, columns A and B of rows 1 to 3; slot i is row
-// i % 3 of column i / 3: 0.250, 0.190, a lost reading with note A, 0.210,
-// nothing, 0.240. The setup's low alarm is 0.2000 inch.
-ImageBuilder tank(std::uint32_t file_type = 2) {
-    SurveyHeader h{.file_type = file_type, .gage_type = 5};
-    h.prefix = "T-";
-    h.id_count = 6;
-    h.setup_count = 1;
-    h.description = "TANK 4";
-    set_ranges(h, {{"1", "3"}, {"A", "B"}});
-    ImageBuilder image = survey_image(h);
-    write_gauge_setup(image, 2, 0, {.alarm_type = 2, .low_alarm = 2000});
-    write_note(image, 2, 0, "PIT, DEEP");
-    const std::uint32_t thickness[] = {2500, 1900, 0, 2100, 0, 2400};
-    for (std::uint32_t i = 0; i < 6; ++i) {
-        if (i == 4) continue;
-        write_slot(image, 2, i, gauge_record({.los = i == 2 ? 1u : 0u, .resolution = 1, .thickness = thickness[i],
-                                              .note_mask = i == 2 ? 1u : 0u}));
-    }
-    return image;
-}
-
 // The survey, closed at the end of the test whatever happened.
 struct Survey {
     ugf_survey* s = nullptr;
@@ -56,10 +34,10 @@ int keep(void* text, const char* data, size_t size) {
 int refuse(void*, const char*, size_t) { return 0; }
 
 TEST(CApi, PointsGridAndFiguresOfASmallSurvey) {
-    Survey t(tank());
+    Survey t(small_tank("T-"));
     ASSERT_EQ(ugf_errcode(t.s), UGF_ERROR_NONE);
     EXPECT_STREQ(ugf_fact(t.s, "file_type_name"), "2D");
-    EXPECT_STREQ(ugf_fact(t.s, "description"), "TANK 4");
+    EXPECT_STREQ(ugf_fact(t.s, "description"), "TANK \"B\", EAST");
     EXPECT_STREQ(ugf_fact(t.s, "last_id"), "T-B3");
     EXPECT_EQ(ugf_fact(t.s, "points"), nullptr);
     EXPECT_EQ(ugf_point_count(t.s), 6u);
@@ -113,7 +91,7 @@ TEST(CApi, PointsGridAndFiguresOfASmallSurvey) {
 // Each failure: what is done, and the code and text it leaves.
 TEST(CApi, FailuresGiveTheCodeAndTheCommandsText) {
     ScratchDir dir;
-    ImageBuilder cut = tank();
+    ImageBuilder cut = small_tank("T-");
     cut.resize(slot_at(2, 3));
     SurveyHeader huge{.file_type = 2, .gage_type = 5};
     set_ranges(huge, {{"1", "999"}, {"A", "Z"}});
@@ -147,11 +125,11 @@ TEST(CApi, FailuresGiveTheCodeAndTheCommandsText) {
          "read error at offset 0x1530: the file ends before it (FS_READ_ERROR)"},
         {"cut file, its points", [&] { return ugf_points(opened(cut), [](void*, const ugf_point*) { return 1; }, nullptr); },
          UGF_ERROR_READ, "read error at offset 0x1530: the file ends before it (FS_READ_ERROR)"},
-        {"notes", [&] { return ugf_convert(opened(tank(6)), UGF_GRID, 0, refuse, nullptr); }, UGF_ERROR_NO_OUTPUT,
+        {"notes", [&] { return ugf_convert(opened(survey_image(SurveyHeader{.file_type = 6})), UGF_GRID, 0, refuse, nullptr); }, UGF_ERROR_NO_OUTPUT,
          "a survey of type 6 (NOTES) has no output"},
         {"grid beyond the file", [&] { size_t n; return ugf_grid_count(opened(survey_image(huge)), &n); },
          UGF_ERROR_DAMAGED, "damaged survey: it has more points than its file has slots"},
-        {"full sink", [&] { return ugf_convert(opened(tank()), UGF_DETAILED, 0, refuse, nullptr); }, UGF_ERROR_OUTPUT,
+        {"full sink", [&] { return ugf_convert(opened(small_tank("T-")), UGF_DETAILED, 0, refuse, nullptr); }, UGF_ERROR_OUTPUT,
          "the output was refused"},
         {"full sink, workbook", [&] { return ugf_convert(s, UGF_GRID, UGF_XLSX, refuse, nullptr); }, UGF_ERROR_OUTPUT,
          "the output was refused"},
