@@ -52,6 +52,10 @@ double convert_length(double value, const std::string& from, const std::string& 
 // A number with `decimals` digits behind the point; "" for not a number.
 std::string fixed(double value, int decimals);
 
+// A CSV cell: the text, quoted (RFC 4180) where it holds a comma, a quote or
+// a line end.
+std::string csv_cell(const std::string& text);
+
 // The table rows of `ugf stats`, label and value, for one survey.
 std::string stats_text(const Stats& stats);
 nlohmann::ordered_json stats_json(const Stats& stats);

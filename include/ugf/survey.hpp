@@ -103,6 +103,10 @@ struct Point {
     bool bscan = false;
 };
 
+// Whether a point holds a thickness: a number that is not a lost signal, an
+// empty point nor a sound velocity check.
+inline bool is_thickness(const Point& p) { return !p.empty && !p.velocity && !p.lost && p.value == p.value; }
+
 // The reading at a storage index as the grid shows it (id left empty).
 int read_point(Survey& survey, std::int64_t index, Point& point, std::string& why);
 

@@ -102,8 +102,9 @@ int read_grid_reading(DlSession& session, std::int64_t storage_index, GridReadin
     reading = ReadingRecord{};
     scan = nullptr;
     velocity_cell = 0;
-    if (read_reading(session, storage_index, reading, *session.scan_store, 0) == 0) return 0;
-    scan = merge_grid_head(session, reading, *session.scan_store, velocity_cell);
+    ScanStore& scan_store = *session.scan_store;
+    if (read_reading(session, storage_index, reading, scan_store, 0) == 0) return 0;
+    merge_grid_head(session, reading, scan_store, scan, velocity_cell);
     return 1;
 }
 

@@ -81,36 +81,4 @@ ReadingScan merge_scan_head(DlSession& session, ReadingRecord& reading, const Sc
     return scan;
 }
 
-const AscanRecord* merge_grid_head(DlSession& session, ReadingRecord& reading, const ScanStore& store,
-                                   int& velocity) {
-    velocity = 0;
-    const AscanRecord* scan = nullptr;
-    const bool flaw = session.gage_type == GAGE_FLAW_DETECTOR;
-    if (record_type(reading) == RECORD_ASCAN_LINK) {
-        reading = store.ascan.head;
-        if (flaw) {
-            reading.word1 = store.ascan.box_value[0];
-            reading.word2 = store.ascan.box_value[1];
-            reading.word3 = store.ascan.box_value[2];
-        }
-        scan = &store.ascan;
-    }
-    if (record_type(reading) == RECORD_BSCAN_LINK) {
-        const ReadingRecord& head = store.bscan.head;
-        if (flaw) {
-            // The flaw detector keeps the slot's first word for a B-scan.
-            reading.word1 = head.word1;
-            reading.word2 = head.word2;
-            reading.word3 = head.word3;
-        } else {
-            reading = head;
-        }
-    }
-    if (!flaw && record_type(reading) != RECORD_BSCAN_LINK && is_velocity_reading(reading)) {
-        velocity = 1;
-        make_velocity_text(session, velocity_value(reading), units(reading));
-    }
-    return scan;
-}
-
 }  // namespace ugf

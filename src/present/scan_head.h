@@ -32,10 +32,37 @@ ReadingScan merge_scan_head(DlSession& session, ReadingRecord& reading, const Sc
 // (the flaw detector with the block's box values), a B-scan link the head's
 // words (the flaw detector keeps the slot's first word). The velocity test
 // comes behind the merge, so it covers a block head too; a flaw detector
-// reading is never a velocity check. Returns the A-scan of the cell (or
-// nullptr) and sets `velocity` (1 when the cell's text is the session's
-// velocity_text).
-const AscanRecord* merge_grid_head(DlSession& session, ReadingRecord& reading, const ScanStore& store,
-                                   int& velocity);
+// reading is never a velocity check. Sets `scan` to the cell's A-scan and
+// `velocity` to 1 when the cell's text is the session's velocity_text
+// (both as the caller cleared them otherwise). Inline: the grid reads every
+// cell through it.
+inline void merge_grid_head(DlSession& session, ReadingRecord& reading, ScanStore& store, const AscanRecord*& scan,
+                            int& velocity) {
+    const bool flaw = session.gage_type == GAGE_FLAW_DETECTOR;
+    if (record_type(reading) == RECORD_ASCAN_LINK) {
+        reading = store.ascan.head;
+        if (flaw) {
+            reading.word1 = store.ascan.box_value[0];
+            reading.word2 = store.ascan.box_value[1];
+            reading.word3 = store.ascan.box_value[2];
+        }
+        scan = &store.ascan;
+    }
+    if (record_type(reading) == RECORD_BSCAN_LINK) {
+        const ReadingRecord& head = store.bscan.head;
+        if (flaw) {
+            // The flaw detector keeps the slot's first word for a B-scan.
+            reading.word1 = head.word1;
+            reading.word2 = head.word2;
+            reading.word3 = head.word3;
+        } else {
+            reading = head;
+        }
+    }
+    if (!flaw && record_type(reading) != RECORD_BSCAN_LINK && is_velocity_reading(reading)) {
+        velocity = 1;
+        make_velocity_text(session, velocity_value(reading), units(reading));
+    }
+}
 
 }  // namespace ugf

@@ -16,10 +16,8 @@ int export_grid(DlSession& session, CsvSink& sink) {
         case GRID_1D: return export_grid_1d(session, sink);
         case GRID_2D: return export_grid_2d(session, sink);
         case GRID_4D: return export_grid_4d(session, sink);
-        case GRID_3D: return export_grid_3d(session, sink);
-        case GRID_LINES: break;
+        default: return export_grid_3d(session, sink);
     }
-    return export_linear_file(session, OUTPUT_GRID, sink);
 }
 
 int export_detailed(DlSession& session, CsvSink& sink) {
@@ -40,8 +38,9 @@ int export_detailed(DlSession& session, CsvSink& sink) {
 
 int export_datalogger_file(DlSession& session, int output_form, CsvSink& sink) {
     if (!file_type_has_output(session.file_type)) return 0;
-    if (output_form != OUTPUT_DETAILED) return export_grid(session, sink);
+    // "LINEAR" and "MANUAL" surveys are lists in both forms.
     if (grid_shape(session.file_type).kind == GRID_LINES) return export_linear_file(session, output_form, sink);
+    if (output_form != OUTPUT_DETAILED) return export_grid(session, sink);
     return export_detailed(session, sink);
 }
 

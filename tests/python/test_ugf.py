@@ -1,7 +1,10 @@
 """The Python module against the command line: values and grids against the
 grid CSV texts, to_csv against ugf2csv byte for byte (in turn and on
-threads), stats against `ugf stats --json`, and ugf.Error for every input
-that can't be read."""
+threads), stats against `ugf stats --json`, tables against the JSON export,
+file names of every kind, the stubs against the module, and ugf.Error for
+every input that can't be read. UGF_MODULE_DIR names the folder that the
+imported `ugf` must come from (the build's, or a virtual environment)."""
+import ast
 import concurrent.futures
 import csv
 import io
@@ -19,6 +22,12 @@ import ugf
 BUILD = pathlib.Path(os.environ["UGF_BUILD"])
 EXAMPLES = pathlib.Path(__file__).resolve().parents[2] / "examples"
 SAMPLES = sorted(EXAMPLES.glob("*.ugf"))
+SCHEMA = json.loads((EXAMPLES.parent / "docs" / "survey.schema.json").read_text())
+
+
+def test_the_module_is_the_one_meant():
+    expected = pathlib.Path(os.environ["UGF_MODULE_DIR"]).resolve()
+    assert expected in pathlib.Path(ugf.__file__).resolve().parents
 
 
 def converted(tmp_path, sample, form):
@@ -103,10 +112,92 @@ def test_stats_are_those_of_the_command_line():
 
 def test_json_export_follows_its_schema():
     jsonschema = pytest.importorskip("jsonschema")
-    schema = json.loads((EXAMPLES.parent / "docs" / "survey.schema.json").read_text())
     for sample in SAMPLES:
         with ugf.open(str(sample)) as survey:
-            jsonschema.validate(json.loads(survey.to_json()), schema, cls=jsonschema.Draft202012Validator)
+            jsonschema.validate(json.loads(survey.to_json()), SCHEMA, cls=jsonschema.Draft202012Validator)
+
+
+def plain(value):
+    """A table cell or array as JSON has it: NaN as None, arrays as lists."""
+    if hasattr(value, "tolist"):
+        value = value.tolist()
+    if isinstance(value, list):
+        return [plain(v) for v in value]
+    if isinstance(value, dict):
+        return {k: plain(v) for k, v in value.items()}
+    return None if isinstance(value, float) and math.isnan(value) else value
+
+
+def columns(table):
+    """A pandas.DataFrame or a dict of arrays as a dict of plain lists."""
+    return {name: plain(table[name]) for name in table}
+
+
+@pytest.mark.parametrize("sample", SAMPLES, ids=lambda p: p.stem)
+def test_tables_hold_the_fields_of_the_json_export(sample):
+    with ugf.open(sample) as survey:
+        data = json.loads(survey.to_json())
+        info, points, ascans, bscans = survey.info, survey.points(), survey.ascans(), survey.bscans()
+    fields = list(SCHEMA["$defs"]["point"]["properties"])
+    assert list(points) == fields[:9] + ["note_text"] + fields[9:]
+    for field in fields:
+        assert plain(points[field]) == [p[field] for p in data["points"]], field
+    header = data["header"]
+    assert set(info) - set(header) == {"units", "setups_used"}
+    assert {k: v for k, v in info.items() if k in header} == {k: header[k] for k in info if k in header}
+    assert plain(ascans) == [dict(a, dac_points=[tuple(d) for d in a["dac_points"]]) for a in data["ascans"]]
+    assert plain(bscans) == data["bscans"]
+
+
+def test_note_text_is_what_the_detailed_form_shows():
+    with ugf.open(EXAMPLES / "corrosion_2d.ugf") as survey:
+        points = survey.points()
+    shown = {mask: text for mask, text in zip(points["notes"], points["note_text"])}
+    assert shown == {0: "", 1: "PITTED", 6: "B:C"}
+
+
+class Named:
+    """Any os.PathLike."""
+
+    def __init__(self, path):
+        self.path = path
+
+    def __fspath__(self):
+        return self.path
+
+
+def test_file_names_of_every_kind(tmp_path):
+    odd = tmp_path / os.fsdecode(b"caf\xe9 tank.ugf")  # not UTF-8: as a folder listing gives it
+    shutil.copy(EXAMPLES / "corrosion_2d.ugf", odd)
+    detailed = converted(tmp_path, EXAMPLES / "corrosion_2d.ugf", "d")
+    for name in (str(odd), odd, os.fsencode(odd), Named(str(odd)), Named(os.fsencode(odd))):
+        with ugf.open(name) as survey:
+            assert survey.info["points"] == 96
+            survey.to_csv(Named(str(tmp_path / "a.csv")))
+            survey.to_json(tmp_path / "a.json")
+            assert (tmp_path / "a.json").read_text() == survey.to_json()
+        assert (tmp_path / "a.csv").read_bytes() == detailed
+        assert repr(survey).endswith("caf\xe9 tank.ugf (closed)>")
+    with pytest.raises(ugf.Error, match="caf\xe9 missing.ugf: cannot open"):
+        ugf.open(tmp_path / os.fsdecode(b"caf\xe9 missing.ugf"))
+    for wrong in (3, None, ["a.ugf"], Named(3)):
+        with pytest.raises(TypeError):
+            ugf.open(wrong)
+        with pytest.raises(TypeError):
+            ugf.compare(wrong, odd)
+
+
+def test_stubs_and_docstrings_cover_the_module():
+    stubs = ast.parse(pathlib.Path(ugf.__file__).with_name("__init__.pyi").read_text())
+    assert pathlib.Path(ugf.__file__).with_name("py.typed").exists()
+    stubbed = {n.name: n for n in stubs.body if isinstance(n, (ast.ClassDef, ast.FunctionDef))}
+    assert {n for n in stubbed if not n.startswith("_")} == set(ugf.__all__)
+    members = {n.name for n in stubbed["Survey"].body if isinstance(n, ast.FunctionDef)}
+    assert members == {n for n in vars(ugf.Survey) if not n.startswith("_")} | {"__enter__", "__exit__"}
+    for name in ugf.__all__:
+        assert getattr(ugf, name).__module__ == "ugf" and getattr(ugf, name).__doc__, name
+    for name in members | {"__repr__"}:
+        assert getattr(ugf.Survey, name).__doc__, name
 
 
 def test_failures_raise_ugf_error(tmp_path):
@@ -162,8 +253,16 @@ def test_compare_gives_the_rows_of_the_command_line(tmp_path):
     subprocess.run([BUILD / "ugf", "compare", "--years", "3", "--minimum", "0.15", EXAMPLES / "corrosion_2d.ugf",
                     later, "--out-dir", tmp_path], check=True, capture_output=True)
     lines = list(csv.DictReader((tmp_path / "later_compare.csv").open()))
-    with ugf.open(str(EXAMPLES / "corrosion_2d.ugf")) as a, ugf.open(str(later)) as b:
+    baseline = EXAMPLES / "corrosion_2d.ugf"
+    with ugf.open(str(baseline)) as a, ugf.open(str(later)) as b:
         rows = ugf.compare(a, b, years=3, minimum=0.15)
+        # A file name is opened and closed by the call; a survey compared
+        # with itself has lost nothing.
+        open_files = len(os.listdir("/proc/self/fd"))
+        for pair in ((baseline, later), (a, str(later)), (Named(str(baseline)), b)):
+            assert columns(ugf.compare(*pair, years=3, minimum=0.15)) == columns(rows)
+        assert len(os.listdir("/proc/self/fd")) == open_files
+        assert set(plain(ugf.compare(b, b)["loss"])) - {None} == {0.0}
     assert list(rows["id"]) == [line["ID"] for line in lines]
     both = [i for i, s in enumerate(rows["status"]) if s == "both" and not math.isnan(rows["loss"][i])]
     # Readings behind a scan link keep their thickness in the scan block.

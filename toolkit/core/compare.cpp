@@ -13,15 +13,6 @@ namespace {
 
 constexpr std::size_t LISTED_MAX = 500;  // rows of the page's loss table; the CSV has all
 
-bool thickness(const Point& p) { return !p.empty && !p.velocity && !p.lost && !std::isnan(p.value); }
-
-std::string csv_cell(const std::string& text) {
-    if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-    std::string out = "\"";
-    for (char c : text) out += c == '"' ? std::string("\"\"") : std::string(1, c);
-    return out + "\"";
-}
-
 const char* status_text(CompareRow::Status s) {
     return s == CompareRow::BOTH ? "both" : s == CompareRow::BASELINE_ONLY ? "baseline only" : "latest only";
 }
@@ -57,7 +48,7 @@ int compare_surveys(Survey& baseline, Survey& latest, const CompareOptions& opti
         r.id = p.id;
         r.status = CompareRow::BASELINE_ONLY;
         r.baseline_text = trim_blanks(p.text);
-        if (thickness(p)) r.baseline = convert_length(p.value, p.units, c.units);
+        if (is_thickness(p)) r.baseline = convert_length(p.value, p.units, c.units);
         by_id[p.id].push_back(base_rows.size());
         base_rows.push_back(std::move(r));
         return 1;
@@ -74,7 +65,7 @@ int compare_surveys(Survey& baseline, Survey& latest, const CompareOptions& opti
         r.latest_index = p.index;
         r.latest_empty = p.empty;
         r.latest_lost = !p.empty && !p.velocity && (p.lost || std::isnan(p.value));
-        if (thickness(p)) {
+        if (is_thickness(p)) {
             r.latest = convert_length(p.value, p.units, c.units);
             r.limit = options.minimum ? *options.minimum : convert_length(p.low_alarm, p.units, c.units);
         }

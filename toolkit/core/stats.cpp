@@ -20,6 +20,13 @@ std::string fixed(double value, int decimals) {
     return text;
 }
 
+std::string csv_cell(const std::string& text) {
+    if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+    std::string out = "\"";
+    for (char c : text) out += c == '"' ? std::string("\"\"") : std::string(1, c);
+    return out + "\"";
+}
+
 int survey_stats(Survey& survey, std::optional<double> minimum, Stats& stats, std::string& why) {
     const Facts facts = survey_facts(survey);
     stats = Stats{};

@@ -1,0 +1,114 @@
+// The survey archive: every dated survey of a part, year after year, kept in
+// one store with each survey's facts, its points as the grid shows them and
+// the file's own bytes, so that any survey can be converted again from the
+// archive alone; and per part, the required thickness of each identifier.
+//
+// One interface, one implementation per kind of store, chosen when the
+// archive is opened: a file path opens an SQLite file (a PostgreSQL URL is
+// meant for a second implementation). Every implementation gives the same
+// results; the orders and texts below are part of that contract.
+//
+// An operation that can fail returns 1, or 0 with `why` saying what went
+// wrong in words that the command line prints after "ugf: ". An archive is
+// used by one thread at a time; several processes may use one archive at once.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "ugf/survey.hpp"
+
+namespace ugf::kit {
+
+struct ArchiveOps;    // the implementation's table of operations
+struct ArchiveState;  // the implementation's connection
+
+struct Archive {
+    const ArchiveOps* ops = nullptr;  // null while closed
+    ArchiveState* state = nullptr;
+    std::string where;  // as given to archive_open
+
+    Archive() = default;
+    Archive(const Archive&) = delete;
+    Archive& operator=(const Archive&) = delete;
+    ~Archive();
+};
+
+// Opens the archive at `where`, a file path. A missing archive is created
+// only when `create` is set; otherwise "no archive at PATH (ugf archive add
+// creates one)". A file that is not an archive, or an archive of a newer
+// schema than this program knows, is refused and left as it is.
+int archive_open(Archive& archive, const std::string& where, bool create, std::string& why);
+void archive_close(Archive& archive);
+
+// A survey as stored.
+struct StoredSurvey {
+    std::int64_t id = 0;  // from 1, in the order of adding
+    std::string part;
+    std::int32_t date = 0;  // days since 1970-01-01
+    std::string file_name;  // the last part of the file's path
+    Facts facts;
+    std::uint64_t points = 0;    // stored points, in walk order
+    std::uint64_t readings = 0;  // of them, the points with a reading (not empty)
+    std::string sha256;          // of the file's bytes, 64 lower-case hex digits
+};
+
+// A survey to store.
+struct NewSurvey {
+    std::string part;       // not empty
+    std::int32_t date = 0;  // days since 1970-01-01, a date of the years 1 to 9999
+    std::string file_name;  // a path is cut to its last part
+    Facts facts;
+    std::vector<Point> points;  // in walk order
+    std::string bytes;          // the file's own bytes
+};
+
+// Stores a survey, all of it or nothing, and sets `id`. A file whose bytes
+// are already stored is refused: `existing` is set to that survey's id and
+// `why` names it ("the same file is already stored as survey 12 (tank4,
+// 2026-03-01, tank4_2026.ugf)"); nothing changes. `existing` is 0 otherwise.
+int archive_add(Archive& archive, const NewSurvey& survey, std::int64_t& id, std::int64_t& existing,
+                std::string& why);
+
+// The names of the parts, in byte order.
+int archive_parts(Archive& archive, std::vector<std::string>& parts, std::string& why);
+
+// The surveys of a part ("" for all parts), by part (byte order), then date,
+// then id. An unknown part has none.
+int archive_surveys(Archive& archive, const std::string& part, std::vector<StoredSurvey>& surveys,
+                    std::string& why);
+
+// The points of a survey in walk order, as they were added. An unknown id
+// is refused ("no survey 12 in the archive").
+int archive_points(Archive& archive, std::int64_t survey_id, std::vector<Point>& points, std::string& why);
+
+// The stored file of a survey: its name and its bytes.
+int archive_file(Archive& archive, std::int64_t survey_id, std::string& name, std::string& bytes,
+                 std::string& why);
+
+// A required thickness. Units "" means the units of the part's latest survey.
+struct MinimumRow {
+    std::string id;
+    double value = 0;  // finite
+    std::string units;
+};
+
+// Replaces the part's table of required thicknesses as a whole (an empty
+// table clears it). An identifier given twice, or a value that is not a
+// finite number, is refused and nothing changes.
+int archive_set_minimums(Archive& archive, const std::string& part, const std::vector<MinimumRow>& rows,
+                         std::string& why);
+
+// The part's required thicknesses, by identifier (byte order).
+int archive_minimums(Archive& archive, const std::string& part, std::vector<MinimumRow>& rows,
+                     std::string& why);
+
+// Checks the store's consistency: its own integrity check, and every survey
+// has all of its points and its file. `why` lists what is wrong.
+int archive_check(Archive& archive, std::string& why);
+
+// The SHA-256 of bytes, as 64 lower-case hex digits.
+std::string sha256_hex(const std::string& bytes);
+
+}  // namespace ugf::kit
