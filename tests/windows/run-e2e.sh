@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Cross-builds the converter for Windows (MinGW-w64) and runs the end-to-end
-# tests against that executable under Wine. On Windows every line of the
+# Cross-builds the programs and the C library for Windows (MinGW-w64), runs the end-to-end
+# tests against the executables under Wine, then the C example. On Windows every line of the
 # output file and of the console ends with carriage return and line feed; the
 # tests expect exactly that when UGF2CSV_CRLF is 1.
 # Arguments are passed to the test binary (for instance --gtest_filter=...).
@@ -26,3 +26,21 @@ export LC_ALL=C.UTF-8
 export UGF2CSV_CRLF=1
 "$wine" cmd /c exit >/dev/null 2>&1 || true   # creates the Wine prefix once
 ./build/tests/e2e_tests "$@"
+
+# The C library: the example (survey_summary.exe beside ugf.dll) writes the
+# grid of a sample exactly as the converter does, CR LF line ends included.
+# The DLL exports the ugf_ functions only.
+root=$PWD
+tmp=$(mktemp -d)
+trap 'rm -rf "$tmp"' EXIT
+exports=$(x86_64-w64-mingw32-objdump -p build-windows/ugf.dll | sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' |
+          awk '/^[[:space:]]*\[ *[0-9]+\]/ { print $NF }')
+if [ -z "$exports" ] || echo "$exports" | grep -v '^ugf_'; then
+  echo "ugf.dll exports besides ugf_* (above), or nothing"
+  exit 1
+fi
+cp examples/corrosion_2d.ugf "$tmp/"
+(cd "$tmp" && "$wine" "$root/build-windows/ugf2csv.exe" corrosion_2d.ugf g a >/dev/null &&
+ "$wine" "$root/build-windows/survey_summary.exe" corrosion_2d.ugf example_grid.csv >/dev/null)
+cmp "$tmp/corrosion_2d_grid_output.csv" "$tmp/example_grid.csv"
+echo "C library under Wine: survey_summary.exe wrote the converter's grid"
