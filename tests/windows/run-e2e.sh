@@ -12,11 +12,23 @@ if ! command -v x86_64-w64-mingw32-g++-posix >/dev/null || ! { command -v wine64
   apt-get update -qq && apt-get install -y -qq g++-mingw-w64-x86-64 wine64 libz-mingw-w64-dev >/dev/null
 fi
 wine=$(command -v wine64 || echo /usr/lib/wine/wine64)
+wineserver=$(command -v wineserver || echo /usr/lib/wine/wineserver)
 
 cmake --preset windows >/dev/null && cmake --build --preset windows
 cmake --preset default >/dev/null && cmake --build --preset default --target e2e_tests
 
 export WINEDEBUG=-all
+# One Wine server for the whole run, in a prefix of this build's own. Debian
+# starts the server with -p0: it shuts down as soon as its last program has
+# exited, and the tests start one program after another, so the server was
+# shut down and started again every few runs, each new one booting the
+# prefix again (2 to 3 s a time). A persistent server (-p, given after
+# Debian's -p0, wins) lives until it is stopped at the end, and no other
+# run's programs share it.
+export WINEPREFIX="$PWD/build-windows/wine-prefix"
+mkdir -p "$WINEPREFIX"
+"$wineserver" -p || true   # a server still running there is kept
+trap '"$wineserver" -k 2>/dev/null || true' EXIT
 export UGF2CSV_WRAPPER="$wine"
 export UGF2CSV_BINARY="$PWD/build-windows/ugf2csv.exe"
 export UGF_TOOLKIT_BINARY="$PWD/build-windows/ugf.exe"
