@@ -64,9 +64,10 @@ void add_thickness_row(CsvRow& rows, DlSession& session, PointWalk& walk, const 
 }
 
 // The dumps of a reading's scans, with fresh titles behind them when `more`
-// readings follow.
-int write_dumps(DlSession& session, const ReadingRecord& reading, const ReadingScan& scan,
+// readings follow. A walk that has dumped as many as it may fails instead.
+int write_dumps(DlSession& session, PointWalk& walk, const ReadingRecord& reading, const ReadingScan& scan,
                 int more, CsvSink& sink) {
+    if ((scan.has_ascan != 0 || scan.has_bscan != 0) && !point_walk_may_dump(walk)) return 0;
     const std::int32_t gage_type = session.gage_type;
     int written = 1;
     if (scan.has_ascan != 0) {
@@ -115,7 +116,7 @@ int walk_rows(DlSession& session, int output_form, CsvSink& sink, CsvRow& rows) 
             }
             rows.flush();
             const int more = walk.visit != walk.total - 1 ? 1 : 0;
-            if (write_dumps(session, reading, scan, more, sink) == 0) return 0;
+            if (write_dumps(session, walk, reading, scan, more, sink) == 0) return 0;
             continue;
         }
         char id_text[ID_COMPOSE_ROOM];
@@ -147,7 +148,7 @@ int walk_rows(DlSession& session, int output_form, CsvSink& sink, CsvRow& rows) 
             // The flaw detector's value was the whole row; an unknown
             // instrument has no row of its own.
             if (gage_type != GAGE_FLAW_DETECTOR) return 0;
-            if (write_dumps(session, reading, scan, more, sink) == 0) return 0;
+            if (write_dumps(session, walk, reading, scan, more, sink) == 0) return 0;
         }
     }
     return 1;

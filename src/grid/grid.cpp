@@ -72,7 +72,13 @@ constexpr std::uint64_t MIN_TITLE_LIMIT = 65536;
 // one is past the end of a sound file and reports its read error). Slot
 // offsets wrap at 2^32, so the huge indexes of a damaged survey alias slots
 // near the start of the table and could be read again and again; a sound
-// grid visits each slot once.
+// grid visits each slot once. Unlike a walk, a grid can't cycle through a
+// few slots while its output stays bounded: the storage indexes of its cells
+// differ from each other and lie below their count, so a slot is read twice
+// only from some 2^28 cells on (where 16-byte slots behind the tables wrap),
+// gigabytes of text and far beyond WALK_POINT_LIMIT. Any smaller grid reads
+// every cell or fails on the first slot past the end of the file before its
+// budget runs out.
 struct CellBudget {
     std::uint64_t left = 0;
 };

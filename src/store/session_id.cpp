@@ -74,7 +74,10 @@ PointWalk point_walk_begin(DlSession& session) {
     session.id_spec.cursor = session.opened_cursor;
     PointWalk walk;
     walk.total = point_total_of(session.id_spec.cursor);
-    walk.slots = slot_capacity(session);
+    const std::uint64_t slots = slot_capacity(session);
+    const bool runaway = walk.total > slots && walk.total > WALK_POINT_LIMIT;
+    walk.last_visit = runaway ? slots : walk.total;
+    walk.dumps_left = slots > WALK_DUMP_LIMIT ? slots : WALK_DUMP_LIMIT;
     const std::int32_t type = session.file_type;
     walk.stored_ids = type == FILE_TYPE_MANUAL;
     walk.stepper = cursor_stepper(session.first_inc, session.second_inc, session.third_inc,

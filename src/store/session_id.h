@@ -35,12 +35,10 @@ void session_dimension_text(DlSession& session, std::int64_t storage_index, char
 struct PointWalk {
     std::uint32_t visit = 0;
     std::uint32_t total = 0;  // the points of the box
-    // A walk that visits each point once has read a slot past the end of the
-    // file (and reported it) by its visit number slots + 1. Only a damaged
-    // walk (one that doesn't move, or cycles through part of the box) gets
-    // further; it must end there instead of reading the same slots again for
-    // up to 2^32 visits.
-    std::uint64_t slots = 0;
+    // The last visit the walk may make, and the readings whose scans it may
+    // still dump (see point_walk_begin).
+    std::uint64_t last_visit = 0;
+    std::uint64_t dumps_left = 0;
     std::uint32_t storage_index = 0;
     bool stored_ids = false;
     // The step of the walk pattern, made once.
@@ -67,9 +65,31 @@ struct PointWalk {
     WalkTexts* texts = nullptr;
 };
 
+// A walk that visits each point once has read a slot past the end of the
+// file (and reported it) by its visit number slots + 1, and has dumped the
+// scans of at most one reading a slot. Only a damaged walk gets further:
+// increment fields that are all 0, or that name unused dimensions, leave it
+// standing or cycling through part of the box, reading the same slots again
+// while the point count asks for more rows. Such a walk is written to its
+// point count like any other, unless that count is above both the file's
+// slots and WALK_POINT_LIMIT (up to 4294967295 for a range that couldn't be
+// measured): that walk would write for ever, and it runs off, with failure,
+// at its visit slots + 1. The rows of a walk are thus bounded by the larger
+// of the slots and WALK_POINT_LIMIT, and the readings whose scans it dumps
+// (a B-scan of 10000 points writes some 300 KB) by the larger of the slots
+// and WALK_DUMP_LIMIT: past those, a damaged file would write gigabytes.
+inline constexpr std::uint32_t WALK_POINT_LIMIT = 1u << 21;
+inline constexpr std::uint64_t WALK_DUMP_LIMIT = 1u << 10;
+
 PointWalk point_walk_begin(DlSession& session);
 inline bool point_walk_more(const PointWalk& walk) { return walk.visit < walk.total; }
-inline bool point_walk_runs_off(const PointWalk& walk) { return walk.visit > walk.slots; }
+inline bool point_walk_runs_off(const PointWalk& walk) { return walk.visit > walk.last_visit; }
+// Whether the walk may dump the scans of one more reading (and counts it).
+inline bool point_walk_may_dump(PointWalk& walk) {
+    if (walk.dumps_left == 0) return false;
+    --walk.dumps_left;
+    return true;
+}
 // The identifier of the current point as the detailed form writes it, into
 // out (ID_COMPOSE_ROOM bytes, whatever they held; those behind the text's
 // terminator may change); returns its length.

@@ -21,30 +21,6 @@ namespace {
 using namespace test;
 namespace fs = std::filesystem;
 
-// A corrosion gauge 2D survey of 3 x 2 points with stored texts that hold
-// commas, quotes and a line end, a lost reading with a note, an empty point
-// and a setup whose low alarm is 0.2000 inch.
-ImageBuilder tank(const std::string& prefix = "T,1-") {
-    SurveyHeader h{.file_type = 2, .gage_type = 5};
-    h.prefix = prefix;
-    h.id_count = 6;
-    h.setup_count = 1;
-    h.description = "TANK \"B\", EAST";
-    h.location = "ROW 1\nROW 2";
-    h.inspector_id = "J. DOE";
-    set_ranges(h, {{"1", "3"}, {"A", "B"}});
-    ImageBuilder image = survey_image(h);
-    write_gauge_setup(image, 2, 0, {.alarm_type = 2, .low_alarm = 2000});
-    write_note(image, 2, 0, "PIT, DEEP");
-    const std::uint32_t thickness[] = {2500, 1900, 0, 2100, 0, 2400};
-    for (std::uint32_t i = 0; i < 6; ++i) {
-        if (i == 4) continue;  // never measured
-        write_slot(image, 2, i, gauge_record({.los = i == 2 ? 1u : 0u, .resolution = 1, .thickness = thickness[i],
-                                              .note_mask = i == 2 ? 1u : 0u}));
-    }
-    return image;
-}
-
 TEST(Toolkit, ConvertsEverySampleAsTheConverterDoes) {
     ScratchDir dir;
     for (const char* jobs : {"1", "2"}) {
@@ -69,7 +45,7 @@ TEST(Toolkit, ConvertsEverySampleAsTheConverterDoes) {
 
 TEST(Toolkit, QuoteTurnsStoredTextsIntoSingleCells) {
     ScratchDir dir;
-    tank().save(dir.file("tank.ugf"));
+    small_tank().save(dir.file("tank.ugf"));
     ASSERT_EQ(run_toolkit_binary({"convert", "--quote", "--out-dir", dir.file("q"), dir.file("tank.ugf")}).status, 0);
     ASSERT_EQ(run_toolkit_binary({"convert", "--out-dir", dir.file("p"), dir.file("tank.ugf")}).status, 0);
     std::string plain = read_output(dir.file("p/tank_detailed_output.csv")).value_or("");
@@ -97,12 +73,12 @@ TEST(Toolkit, QuoteTurnsStoredTextsIntoSingleCells) {
 
 TEST(Toolkit, ReadOnlyInputsConvertAndOutputsAreNeverHalfWritten) {
     ScratchDir dir;
-    tank().save(dir.file("tank.ugf"));
+    small_tank().save(dir.file("tank.ugf"));
     chmod(dir.file("tank.ugf").c_str(), 0444);
     EXPECT_EQ(run_toolkit_binary({"convert", dir.file("tank.ugf")}).status, 0);
     // A survey that can't be converted keeps the older output as it was and
     // leaves no file of its own beside it.
-    ImageBuilder cut = tank();
+    ImageBuilder cut = small_tank();
     cut.resize(slot_at(2, 3));
     cut.save(dir.file("cut.ugf"));
     write_file(dir.file("cut_detailed_output.csv"), "older\n");
@@ -127,7 +103,7 @@ TEST(Toolkit, UsageErrorsEndWithStatusTwo) {
 
 TEST(Toolkit, StatisticsByHand) {
     ScratchDir dir;
-    tank().save(dir.file("tank.ugf"));
+    small_tank().save(dir.file("tank.ugf"));
     // Slot i is row i % 3 of column i / 3: readings 0.250 (A1), 0.190 (A2),
     // 0.210 (B1), 0.240 (B3). Mean 0.89 / 4 = 0.2225; squared deviations
     // 0.00075625, 0.00105625, 0.00015625, 0.00030625, sum 0.002275, population standard deviation
@@ -150,7 +126,7 @@ TEST(Toolkit, StatisticsByHand) {
 TEST(Toolkit, NamesInAnyScript) {
     ScratchDir dir;
     const std::string name = dir.file("\xe6\xb5\x8b\xe8\xaf\x95 \xd0\xb1\xd0\xb0\xd0\xba.ugf");  // 测试 бак
-    tank("T-").save(name);
+    small_tank("T-").save(name);
     EXPECT_EQ(run_toolkit_binary({"convert", "--grid", name}).status, 0);
     EXPECT_EQ(run_converter_binary({name, "d", "a"}).status, 0);
     const std::string stem = name.substr(0, name.size() - 4);

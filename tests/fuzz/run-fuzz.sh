@@ -3,7 +3,7 @@
 # (clang) and runs it for the given number of seconds (default 60), seeded
 # with the sample surveys. New inputs go to build-fuzz/corpus-TARGET; a crash
 # leaves its input in build-fuzz/ as crash-*.
-#   tests/fuzz/run-fuzz.sh [seconds] [target: convert (default), stats, report or compare] [extra libFuzzer flags...]
+#   tests/fuzz/run-fuzz.sh [seconds] [target: convert (default), stats, report, compare or capi] [extra libFuzzer flags...]
 # The compare target's seeds are pairs of sample surveys, each cut where its
 # first two bytes say.
 set -euo pipefail
@@ -15,10 +15,23 @@ shift $(( $# < 2 ? $# : 2 ))
 out=build-fuzz
 mkdir -p "$out/corpus-$target"
 sources=$(find src -name '*.cpp' ! -path src/run/main.cpp)
-[ "$target" = convert ] || sources="$sources $(find toolkit/core -name '*.cpp')"
-clang++ -std=c++20 -O1 -g -ffp-contract=off -Isrc -Itoolkit \
+flags=(-Isrc -Itoolkit -Itoolkit/xlsx -Iinclude -I"$out/include")
+libs=()
+if [ "$target" != convert ]; then
+  sources="$sources $(find toolkit/core toolkit/xlsx -name '*.cpp')"
+  libs=(-lz)
+fi
+if [ "$target" = capi ]; then
+  # The C interface over the toolkit, with the version header CMake would make.
+  sources="$sources toolkit/capi/ugf_c.cpp"
+  IFS=. read -r major minor patch < <(sed -n 's/^project(ugf2csv VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+  mkdir -p "$out/include/ugf"
+  sed -e "s/@PROJECT_VERSION_MAJOR@/$major/; s/@PROJECT_VERSION_MINOR@/$minor/; s/@PROJECT_VERSION_PATCH@/$patch/" \
+      -e "s/@PROJECT_VERSION@/$major.$minor.$patch/" cmake/ugf_version.h.in >"$out/include/ugf/ugf_version.h"
+fi
+clang++ -std=c++20 -O1 -g -ffp-contract=off "${flags[@]}" \
   -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=all \
-  $sources "tests/fuzz/fuzz_$target.cpp" -o "$out/fuzz_$target"
+  $sources "tests/fuzz/fuzz_$target.cpp" -o "$out/fuzz_$target" "${libs[@]}"
 
 seeds=()
 [ -d examples ] && seeds+=(examples)

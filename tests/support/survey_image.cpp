@@ -264,4 +264,25 @@ void write_bscan(ImageBuilder& image, std::size_t offset, const BscanImage& b) {
     }
 }
 
+ImageBuilder small_tank(const std::string& prefix) {
+    SurveyHeader h{.file_type = 2, .gage_type = 5};
+    h.prefix = prefix;
+    h.id_count = 6;
+    h.setup_count = 1;
+    h.description = "TANK \"B\", EAST";
+    h.location = "ROW 1\nROW 2";
+    h.inspector_id = "J. DOE";
+    set_ranges(h, {{"1", "3"}, {"A", "B"}});
+    ImageBuilder image = survey_image(h);
+    write_gauge_setup(image, 2, 0, {.alarm_type = 2, .low_alarm = 2000});
+    write_note(image, 2, 0, "PIT, DEEP");
+    const std::uint32_t thickness[] = {2500, 1900, 0, 2100, 0, 2400};
+    for (std::uint32_t i = 0; i < 6; ++i) {
+        if (i == 4) continue;  // never measured
+        write_slot(image, 2, i, gauge_record({.los = i == 2 ? 1u : 0u, .resolution = 1, .thickness = thickness[i],
+                                              .note_mask = i == 2 ? 1u : 0u}));
+    }
+    return image;
+}
+
 }  // namespace ugf::test

@@ -293,4 +293,13 @@ struct BscanImage {
 };
 void write_bscan(ImageBuilder& image, std::size_t offset, const BscanImage& b);
 
+// ----------------------------------------------------------- small survey
+
+// A corrosion gauge 2D survey of 3 x 2 points (rows 1 to 3, columns A and
+// B; slot i is row i % 3 of column i / 3) with stored texts that hold
+// commas, quotes and a line end: readings 0.250, 0.190, a lost reading with
+// note A ("PIT, DEEP"), 0.210, an empty point, 0.240, and a setup whose low
+// alarm is 0.2000 inch.
+ImageBuilder small_tank(const std::string& prefix = "T,1-");
+
 }  // namespace ugf::test
