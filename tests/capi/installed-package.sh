@@ -51,7 +51,7 @@ for expected in "$tmp"/ref/*.csv; do
     compared=$((compared + 1))
   done
 done
-[ "$compared" -eq 44 ] || { echo "compared $compared outputs, not 44"; exit 1; }
+[ "$compared" -eq 48 ] || { echo "compared $compared outputs, not 48"; exit 1; }
 
 # The example: the statistics of the tank floor and its grid.
 (cd "$tmp/ref" && "$tmp/build-c/survey_summary" corrosion_2d.ugf "$tmp/example_grid.csv" >"$tmp/summary.txt")
