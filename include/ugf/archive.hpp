@@ -15,9 +15,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "ugf/history.hpp"
 #include "ugf/survey.hpp"
 
 namespace ugf::kit {
@@ -132,5 +134,34 @@ int archive_copy(Archive& from, Archive& to, CopyCounts& counts, std::string& wh
 
 // The SHA-256 of bytes, as 64 lower-case hex digits.
 std::string sha256_hex(const std::string& bytes);
+
+// What the programs that use an archive share (toolkit/archive/surveys.cpp).
+
+// How a program's user gives a date or a part that a survey lacks, as the
+// messages asking for one say it: the command line's options by default.
+struct AskFor {
+    std::string date = "--date YYYY-MM-DD";
+    std::string part = "--part NAME";
+};
+
+// Reads the survey file at `path` into a survey to add: its bytes, its facts
+// and its points read from those very bytes. Its date is `date` when given,
+// else the last date in the file name, else in a folder name above it
+// (date_in_path). Its part is `part` when not empty, else the survey's
+// description trimmed of blanks, tabs and line ends, else the file name
+// without its extension, its last date and the one separator ("_", "-", "."
+// or a space) before that date, or else after it. 0 with `why`: "not a .ugf
+// file", "no date: name it in the file name (tank4_2026-03-01.ugf) or give "
+// and ask.date, "no part: give " and ask.part, "cannot open: ...", or what
+// `ugf convert` says of a survey it can't convert.
+int read_new_survey(const std::string& path, std::optional<std::int32_t> date, const std::string& part,
+                    const AskFor& ask, NewSurvey& survey, std::string& why);
+
+// The part's history from all of its surveys in the archive (`surveys`, with
+// their points, for the page) and its table of required thicknesses, which
+// replaces `options.minimums`. A part without a survey is refused: "no
+// survey of PART in NAME".
+int archive_history(Archive& archive, const std::string& part, HistoryOptions options,
+                    std::vector<DatedSurvey>& surveys, History& history, std::string& why);
 
 }  // namespace ugf::kit

@@ -80,62 +80,13 @@ int read_bytes(const std::string& path, std::string& bytes, std::string& why) {
     return failed ? 0 : 1;
 }
 
-// The part a file name names: the name without its extension and its date,
-// and without the separator before the date ("tank4_2026-03-01.ugf" is
-// "tank4").
-std::string part_from_name(const std::string& path) {
-    std::string name = last_part(path);
-    if (has_survey_extension(name)) name.resize(name.size() - 4);
-    std::int32_t days = 0;
-    if (date_in_path(name, days) == 0) return name;
-    // The date is the last one written either way that no digit touches.
-    std::string text = date_text(days), compact = text;
-    compact.erase(std::remove(compact.begin(), compact.end(), '-'), compact.end());
-    std::size_t at = std::string::npos, length = 0;
-    for (const std::string& form : {text, compact}) {
-        for (std::size_t i = name.rfind(form); i != std::string::npos; i = i == 0 ? std::string::npos : name.rfind(form, i - 1)) {
-            const std::size_t end = i + form.size();
-            const bool apart = (i == 0 || !std::isdigit(static_cast<unsigned char>(name[i - 1]))) &&
-                               (end == name.size() || !std::isdigit(static_cast<unsigned char>(name[end])));
-            if (apart) {
-                if (at == std::string::npos || i > at) at = i, length = form.size();
-                break;
-            }
-        }
-    }
-    if (at == std::string::npos) return name;
-    const auto separator = [&](std::size_t i) { return i < name.size() && std::strchr("_-. ", name[i]) != nullptr; };
-    if (at > 0 && separator(at - 1)) --at, ++length;
-    else if (separator(at + length)) ++length;
-    return name.erase(at, length);
-}
-
 // Reads and stores one survey; "" or what went wrong.
 std::string store_survey(const ArchiveCommand& c, Archive& archive, const Input& input) {
-    if (!has_survey_extension(input.path)) return "not a .ugf file";
     NewSurvey s;
-    s.date = c.date ? days_of(*c.date) : NO_DATE;
-    if (!c.date && date_in_path(input.path, s.date) == 0) {
-        return "no date: name it in the file name (tank4_2026-03-01.ugf) or give --date YYYY-MM-DD";
-    }
     std::string why;
-    if (read_bytes(input.path, s.bytes, why) == 0) return why;
-    Survey survey;
-    if (open_survey_memory(survey, reinterpret_cast<const std::uint8_t*>(s.bytes.data()), s.bytes.size(), why) == 0) {
+    if (read_new_survey(input.path, c.date ? std::optional(days_of(*c.date)) : std::nullopt, c.part, {}, s, why) == 0) {
         return why;
     }
-    survey.path = input.path;
-    if (!has_output(survey)) return conversion_failure(survey);
-    s.facts = survey_facts(survey);
-    if (for_each_point(survey, [&](const Point& p) {
-            s.points.push_back(p);
-            return 1;
-        }, why) == 0) {
-        return why;
-    }
-    s.part = !c.part.empty() ? c.part : !trim(s.facts.description).empty() ? trim(s.facts.description) : part_from_name(input.path);
-    if (s.part.empty()) return "no part: give --part NAME";
-    s.file_name = input.path;
     std::int64_t id = 0, existing = 0;
     if (archive_add(archive, s, id, existing, why) == 0) return why;
     std::fprintf(stderr, "stored %s as survey %lld (%s, %s, %zu points)\n", input.path.c_str(), static_cast<long long>(id),
@@ -288,26 +239,11 @@ int run_minimums(const ArchiveCommand& c, Archive& archive) {
 // The part's surveys with their points, and the history made from them.
 int load_history(const ArchiveCommand& c, Archive& archive, std::vector<DatedSurvey>& surveys, History& history,
                  std::string& why) {
-    std::vector<StoredSurvey> stored;
-    std::vector<MinimumRow> minimums;
-    if (archive_surveys(archive, c.part, stored, why) == 0 || archive_minimums(archive, c.part, minimums, why) == 0) return 0;
-    if (stored.empty()) {
-        why = "no survey of " + c.part + " in " + archive.name;
-        return 0;
-    }
-    for (const StoredSurvey& s : stored) {
-        DatedSurvey& d = surveys.emplace_back();
-        d.id = s.id;
-        d.date = s.date;
-        d.name = s.file_name;
-        if (archive_points(archive, s.id, d.points, why) == 0) return 0;
-    }
     HistoryOptions options;
     options.minimum = c.minimum;
     options.max_interval = c.max_interval;
     if (c.as_of) options.as_of = days_of(*c.as_of);
-    for (const MinimumRow& m : minimums) options.minimums[m.id] = {m.value, m.units};
-    return make_history(c.part, surveys, options, history, why);
+    return archive_history(archive, c.part, options, surveys, history, why);
 }
 
 int run_history(const ArchiveCommand& c, Archive& archive) {
