@@ -1,7 +1,8 @@
 // The compiled part `ugf._ugf` of the Python package `ugf`: surveys as arrays
-// and tables, on the same library and toolkit code as the command line. A
-// thin layer: every figure and text comes from toolkit/core; this file only
-// turns them into Python objects. The package (python/ugf/) re-exports it.
+// and tables, and the survey archive, on the same library and toolkit code as
+// the command line. A thin layer: every figure and text comes from
+// toolkit/core and toolkit/archive; this file only turns them into Python
+// objects. The package (python/ugf/) re-exports it.
 #include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
@@ -16,6 +17,7 @@
 #include <variant>
 #include <vector>
 
+#include "ugf/archive.hpp"
 #include "ugf/compare.hpp"
 #include "ugf/convert.hpp"
 #include "ugf/files.hpp"
@@ -33,8 +35,28 @@ struct Error : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// The Python class ugf.Error, made when the module loads.
+// The same bytes stored already: the message, and the id of the survey
+// that holds them.
+struct Duplicate : Error {
+    std::int64_t existing;
+    Duplicate(const std::string& why, std::int64_t id) : Error(why), existing(id) {}
+};
+
+// The Python classes ugf.Error and ugf.DuplicateError, made when the module
+// loads.
 PyObject* error_type = nullptr;
+PyObject* duplicate_type = nullptr;
+
+// Takes a lock of a survey or an archive. A thread that must wait does so
+// without the interpreter lock, which the holder needs to return.
+std::unique_lock<std::mutex> take(std::mutex& lock) {
+    std::unique_lock<std::mutex> held(lock, std::try_to_lock);
+    if (!held.owns_lock()) {
+        py::gil_scoped_release release;
+        held.lock();
+    }
+    return held;
+}
 
 // Texts from the file are bytes; Python wants Unicode. A byte that isn't
 // part of valid UTF-8 is read as Latin-1, as the JSON export does.
@@ -51,6 +73,12 @@ template <typename T>
 py::array_t<T> array_of(const std::vector<T>& values) {
     py::array_t<T> a(static_cast<py::ssize_t>(values.size()));
     std::copy(values.begin(), values.end(), a.mutable_data());
+    return a;
+}
+
+py::array_t<bool> bools(const std::vector<bool>& values) {
+    py::array_t<bool> a(static_cast<py::ssize_t>(values.size()));
+    for (std::size_t i = 0; i < values.size(); ++i) a.mutable_data()[i] = values[i];
     return a;
 }
 
@@ -99,7 +127,7 @@ std::unique_ptr<PySurvey> open_path(const std::filesystem::path& file) {
 }
 
 py::dict info(PySurvey& s) {
-    std::lock_guard<std::mutex> guard(s.lock);
+    const auto guard = take(s.lock);
     s.check();
     Facts f;
     std::vector<int> setups;
@@ -139,7 +167,7 @@ py::dict info(PySurvey& s) {
 }
 
 py::object points(PySurvey& s) {
-    std::lock_guard<std::mutex> guard(s.lock);
+    const auto guard = take(s.lock);
     s.check();
     std::vector<Point> all;
     Facts facts;
@@ -175,11 +203,6 @@ py::object points(PySurvey& s) {
         index.push_back(p.index);
         setup.push_back(p.setup);
     }
-    auto bools = [](const std::vector<bool>& v) {
-        py::array_t<bool> a(static_cast<py::ssize_t>(v.size()));
-        for (std::size_t i = 0; i < v.size(); ++i) a.mutable_data()[i] = v[i];
-        return a;
-    };
     // The columns are the point fields of the JSON export, in its order, and
     // note_text: what the detailed form shows for the note mask.
     py::dict columns;
@@ -214,7 +237,7 @@ std::vector<Grid> grids_of(PySurvey& s) {
 }
 
 py::tuple grid(PySurvey& s, std::size_t k) {
-    std::lock_guard<std::mutex> guard(s.lock);
+    const auto guard = take(s.lock);
     s.check();
     const std::vector<Grid> grids = grids_of(s);
     if (k >= grids.size()) throw py::index_error("the survey has " + std::to_string(grids.size()) + " grids");
@@ -240,7 +263,7 @@ py::tuple grid(PySurvey& s, std::size_t k) {
 }
 
 py::array_t<std::int64_t> grid_indexes(PySurvey& s, std::size_t k) {
-    std::lock_guard<std::mutex> guard(s.lock);
+    const auto guard = take(s.lock);
     s.check();
     const std::vector<Grid> grids = grids_of(s);
     if (k >= grids.size()) throw py::index_error("the survey has " + std::to_string(grids.size()) + " grids");
@@ -251,7 +274,7 @@ py::array_t<std::int64_t> grid_indexes(PySurvey& s, std::size_t k) {
 }
 
 py::list scans(PySurvey& s, bool want_ascans) {
-    std::lock_guard<std::mutex> guard(s.lock);
+    const auto guard = take(s.lock);
     s.check();
     std::vector<Ascan> as;
     std::vector<Bscan> bs;
@@ -298,7 +321,7 @@ py::list scans(PySurvey& s, bool want_ascans) {
 
 void to_csv(PySurvey& s, const std::filesystem::path& path, const std::string& form, bool quote) {
     if (form != "detailed" && form != "grid") throw py::value_error("form is \"detailed\" or \"grid\"");
-    std::lock_guard<std::mutex> guard(s.lock);
+    const auto guard = take(s.lock);
     s.check();
     std::string why;
     int ok = 0;
@@ -310,7 +333,7 @@ void to_csv(PySurvey& s, const std::filesystem::path& path, const std::string& f
 }
 
 py::object stats(PySurvey& s, std::optional<double> minimum) {
-    std::lock_guard<std::mutex> guard(s.lock);
+    const auto guard = take(s.lock);
     s.check();
     Stats st;
     std::string why;
@@ -324,7 +347,7 @@ py::object stats(PySurvey& s, std::optional<double> minimum) {
 }
 
 py::object to_json(PySurvey& s, const std::optional<std::filesystem::path>& path) {
-    std::lock_guard<std::mutex> guard(s.lock);
+    const auto guard = take(s.lock);
     s.check();
     std::string json, why;
     int ok = 0;
@@ -368,11 +391,14 @@ py::object compare(const SurveyOrPath& first, const SurveyOrPath& second, std::o
     PySurvey& latest = *given_latest.survey;
     // A survey compared with itself is locked once.
     std::unique_lock<std::mutex> lock_baseline(baseline.lock, std::defer_lock), lock_latest;
-    if (&baseline == &latest) {
-        lock_baseline.lock();
-    } else {
-        lock_latest = std::unique_lock<std::mutex>(latest.lock, std::defer_lock);
-        std::lock(lock_baseline, lock_latest);
+    {
+        py::gil_scoped_release release;
+        if (&baseline == &latest) {
+            lock_baseline.lock();
+        } else {
+            lock_latest = std::unique_lock<std::mutex>(latest.lock, std::defer_lock);
+            std::lock(lock_baseline, lock_latest);
+        }
     }
     baseline.check();
     latest.check();
@@ -414,6 +440,345 @@ py::object compare(const SurveyOrPath& first, const SurveyOrPath& second, std::o
     return table(columns);
 }
 
+// ---------------------------------------------------------------- archive
+
+// datetime.date.fromordinal counts 0001-01-01 as day 1; the library counts
+// days from 1970-01-01.
+constexpr std::int64_t ORDINAL_OF_1970 = 719163;
+
+// A date given to the module: a datetime.date (or datetime), a str
+// YYYY-MM-DD or YYYYMMDD, or None.
+std::optional<std::int32_t> days_of(py::handle date, const char* argument) {
+    if (date.is_none()) return std::nullopt;
+    std::int32_t days = 0;
+    if (py::isinstance(date, py::module_::import("datetime").attr("date"))) {
+        return static_cast<std::int32_t>(date.attr("toordinal")().cast<std::int64_t>() - ORDINAL_OF_1970);
+    }
+    if (!py::isinstance<py::str>(date)) {
+        throw py::type_error(std::string(argument) + " is a datetime.date, a str YYYY-MM-DD or YYYYMMDD, or None");
+    }
+    const std::string given = date.cast<std::string>();
+    if (parse_date(given, days) == 0) throw py::value_error("not a date (YYYY-MM-DD or YYYYMMDD): " + given);
+    return days;
+}
+
+// Dates as datetime.date objects, None for NO_DATE.
+struct Dates {
+    py::object from_ordinal = py::module_::import("datetime").attr("date").attr("fromordinal");
+    py::object operator()(std::int32_t days) const {
+        return days == NO_DATE ? py::none() : from_ordinal(days + ORDINAL_OF_1970);
+    }
+};
+
+py::object object_column(const py::list& items) {
+    return py::module_::import("numpy").attr("array")(items, py::arg("dtype") = "object");
+}
+
+struct PyArchive {
+    Archive archive;
+    std::mutex lock;  // one call at a time on an archive; surveys are read outside it
+    std::string name;  // in messages, kept after closing
+
+    // Runs `work` on the open archive under the lock, without the interpreter
+    // lock; raises ugf.Error with `why` when it gives 0.
+    template <typename Work>
+    void run(Work&& work) {
+        std::string why;
+        bool closed = false;
+        int ok = 0;
+        {
+            py::gil_scoped_release release;
+            std::lock_guard<std::mutex> guard(lock);
+            closed = archive.ops == nullptr;
+            if (!closed) ok = work(why);
+        }
+        if (closed) throw Error(name + ": the archive is closed");
+        if (ok == 0) throw Error(why);
+    }
+};
+
+std::unique_ptr<PyArchive> open_archive(const std::filesystem::path& where, bool create) {
+    auto a = std::make_unique<PyArchive>();
+    std::string why;
+    int ok = 0;
+    {
+        py::gil_scoped_release release;
+        ok = archive_open(a->archive, where.native(), create, why);
+    }
+    if (ok == 0) throw Error(why);
+    a->name = a->archive.name;
+    return a;
+}
+
+// The module's arguments, as messages that ask for a date or a part name them.
+const AskFor MODULE_ASKS{"date=\"YYYY-MM-DD\"", "part=\"NAME\""};
+
+std::int64_t add(PyArchive& a, const std::filesystem::path& file, py::handle date, const std::string& part) {
+    const std::optional<std::int32_t> days = days_of(date, "date");
+    const std::string& path = file.native();
+    std::int64_t id = 0, existing = 0;
+    NewSurvey survey;
+    std::string why;
+    bool closed = false;
+    int ok = 0;
+    {
+        // Threads read their surveys at once; only the stores take turns.
+        py::gil_scoped_release release;
+        ok = read_new_survey(path, days, part, MODULE_ASKS, survey, why);
+        if (ok != 0) {
+            std::lock_guard<std::mutex> guard(a.lock);
+            closed = a.archive.ops == nullptr;
+            if (!closed) ok = archive_add(a.archive, survey, id, existing, why);
+        }
+    }
+    if (closed) throw Error(a.name + ": the archive is closed");
+    if (ok == 0 && existing > 0) throw Duplicate(path + ": " + why, existing);
+    if (ok == 0) throw Error(path + ": " + why);
+    return id;
+}
+
+py::list parts(PyArchive& a) {
+    std::vector<std::string> names;
+    a.run([&](std::string& why) { return archive_parts(a.archive, names, why); });
+    py::list out;
+    for (const std::string& n : names) out.append(text(n));
+    return out;
+}
+
+py::object surveys(PyArchive& a, const std::optional<std::string>& part) {
+    std::vector<StoredSurvey> stored;
+    a.run([&](std::string& why) { return archive_surveys(a.archive, part.value_or(""), stored, why); });
+    const Dates date;
+    std::vector<std::int64_t> id, points, readings;
+    std::vector<std::string> part_name, file_name, type, instrument, model, first_id, last_id, walk, description,
+        inspector, location, sha256;
+    std::vector<bool> has_grid;
+    py::list dates;
+    for (const StoredSurvey& s : stored) {
+        id.push_back(s.id);
+        part_name.push_back(s.part);
+        dates.append(date(s.date));
+        file_name.push_back(s.file_name);
+        points.push_back(static_cast<std::int64_t>(s.points));
+        readings.push_back(static_cast<std::int64_t>(s.readings));
+        type.push_back(s.facts.file_type_name);
+        instrument.push_back(s.facts.instrument);
+        model.push_back(s.facts.model);
+        first_id.push_back(s.facts.first_id);
+        last_id.push_back(s.facts.last_id);
+        walk.push_back(s.facts.walk_pattern_name);
+        description.push_back(s.facts.description);
+        inspector.push_back(s.facts.inspector_id);
+        location.push_back(s.facts.location);
+        has_grid.push_back(s.facts.has_grid);
+        sha256.push_back(s.sha256);
+    }
+    py::dict columns;
+    columns["id"] = array_of(id);
+    columns["part"] = object_array(part_name);
+    columns["date"] = object_column(dates);
+    columns["file_name"] = object_array(file_name);
+    columns["points"] = array_of(points);
+    columns["readings"] = array_of(readings);
+    columns["file_type_name"] = object_array(type);
+    columns["instrument"] = object_array(instrument);
+    columns["model"] = object_array(model);
+    columns["first_id"] = object_array(first_id);
+    columns["last_id"] = object_array(last_id);
+    columns["walk_pattern_name"] = object_array(walk);
+    columns["description"] = object_array(description);
+    columns["inspector_id"] = object_array(inspector);
+    columns["location"] = object_array(location);
+    columns["has_grid"] = bools(has_grid);
+    columns["sha256"] = object_array(sha256);
+    return table(columns);
+}
+
+py::object readings(PyArchive& a, const std::string& part) {
+    std::vector<StoredSurvey> stored;
+    std::vector<std::vector<Point>> points;
+    a.run([&](std::string& why) {
+        if (archive_surveys(a.archive, part, stored, why) == 0) return 0;
+        for (const StoredSurvey& s : stored) {
+            if (archive_points(a.archive, s.id, points.emplace_back(), why) == 0) return 0;
+        }
+        return 1;
+    });
+    const Dates date;
+    std::vector<std::int64_t> survey;
+    std::vector<std::string> id, txt, units;
+    std::vector<double> value;
+    std::vector<bool> empty, lost, velocity;
+    std::vector<std::int64_t> notes;
+    py::list dates;
+    for (std::size_t k = 0; k < stored.size(); ++k) {
+        const py::object day = date(stored[k].date);  // one object for the survey's rows
+        for (const Point& p : points[k]) {
+            survey.push_back(stored[k].id);
+            dates.append(day);
+            id.push_back(p.id);
+            value.push_back(p.value);
+            txt.push_back(p.text);
+            units.push_back(p.units);
+            empty.push_back(p.empty);
+            lost.push_back(p.lost);
+            velocity.push_back(p.velocity);
+            notes.push_back(p.notes);
+        }
+    }
+    py::dict columns;
+    columns["survey"] = array_of(survey);
+    columns["id"] = object_array(id);
+    columns["date"] = object_column(dates);
+    columns["value"] = array_of(value);
+    columns["text"] = object_array(txt);
+    columns["units"] = object_array(units);
+    columns["empty"] = bools(empty);
+    columns["lost"] = bools(lost);
+    columns["velocity"] = bools(velocity);
+    columns["notes"] = array_of(notes);
+    return table(columns);
+}
+
+py::object history(PyArchive& a, const std::string& part, std::optional<double> minimum, double max_interval,
+                   py::handle as_of) {
+    HistoryOptions options;
+    options.minimum = minimum;
+    options.max_interval = max_interval;
+    options.as_of = days_of(as_of, "as_of");
+    std::vector<DatedSurvey> dated;
+    History h;
+    a.run([&](std::string& why) { return archive_history(a.archive, part, options, dated, h, why); });
+    const Dates date;
+    std::vector<std::string> id, status, units, required_from, note;
+    std::vector<std::int64_t> count;
+    std::vector<double> first, previous, latest, long_term, short_term, least_squares, governing, required, life;
+    py::list first_date, previous_date, latest_date, retirement, next;
+    for (const HistoryRow& r : h.rows) {
+        id.push_back(r.id);
+        status.push_back(history_status_text(r.status));
+        count.push_back(static_cast<std::int64_t>(r.readings.size()));
+        first_date.append(date(r.first_date));
+        first.push_back(r.first);
+        previous_date.append(date(r.previous_date));
+        previous.push_back(r.previous);
+        latest_date.append(date(r.latest_date));
+        latest.push_back(r.latest);
+        units.push_back(h.units);
+        long_term.push_back(r.long_term_rate);
+        short_term.push_back(r.short_term_rate);
+        least_squares.push_back(r.least_squares_rate);
+        governing.push_back(r.governing_rate);
+        required.push_back(r.required);
+        required_from.push_back(r.required_from);
+        life.push_back(r.remaining_life);
+        retirement.append(date(r.retirement_date));
+        next.append(date(r.next_inspection));
+        note.push_back(history_note_text(h, r));
+    }
+    // The columns of `ugf archive history`'s CSV, in its order.
+    py::dict columns;
+    columns["id"] = object_array(id);
+    columns["status"] = object_array(status);
+    columns["readings"] = array_of(count);
+    columns["first_date"] = object_column(first_date);
+    columns["first"] = array_of(first);
+    columns["previous_date"] = object_column(previous_date);
+    columns["previous"] = array_of(previous);
+    columns["latest_date"] = object_column(latest_date);
+    columns["latest"] = array_of(latest);
+    columns["units"] = object_array(units);
+    columns["long_term_rate"] = array_of(long_term);
+    columns["short_term_rate"] = array_of(short_term);
+    columns["least_squares_rate"] = array_of(least_squares);
+    columns["governing_rate"] = array_of(governing);
+    columns["required"] = array_of(required);
+    columns["required_from"] = object_array(required_from);
+    columns["remaining_life"] = array_of(life);
+    columns["retirement_date"] = object_column(retirement);
+    columns["next_inspection"] = object_column(next);
+    columns["note"] = object_array(note);
+    return table(columns);
+}
+
+py::object minimums(PyArchive& a, const std::string& part) {
+    std::vector<MinimumRow> rows;
+    a.run([&](std::string& why) { return archive_minimums(a.archive, part, rows, why); });
+    std::vector<std::string> id, units;
+    std::vector<double> value;
+    for (const MinimumRow& r : rows) {
+        id.push_back(r.id);
+        value.push_back(r.value);
+        units.push_back(r.units);
+    }
+    py::dict columns;
+    columns["id"] = object_array(id);
+    columns["value"] = array_of(value);
+    columns["units"] = object_array(units);
+    return table(columns);
+}
+
+// A required thickness as `ugf archive minimums` takes it from a CSV line:
+// an identifier, a finite value above 0, units "IN", "MM" (in any case) or
+// none for the latest survey's.
+MinimumRow minimum_row(std::size_t n, const py::object& id, const py::object& value, const py::object& units) {
+    const std::string at = "row " + std::to_string(n) + ": ";
+    MinimumRow row{py::str(id).cast<std::string>(), py::float_(value).cast<double>(),
+                   units.is_none() ? "" : py::str(units).cast<std::string>()};
+    for (char& ch : row.units) ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
+    if (row.id.empty()) throw py::value_error(at + "no identifier");
+    if (!(row.value > 0) || !std::isfinite(row.value)) throw py::value_error(at + "the minimum must be a number above 0");
+    if (!row.units.empty() && row.units != "IN" && row.units != "MM") throw py::value_error(at + "the units must be IN or MM");
+    return row;
+}
+
+void set_minimums(PyArchive& a, const std::string& part, py::handle given) {
+    std::vector<MinimumRow> rows;
+    if (py::hasattr(given, "keys")) {  // a table: a dict of columns or a pandas.DataFrame
+        const py::object keys = given.attr("keys")();
+        const bool has_units = keys.contains("units");
+        const py::list ids(given["id"]), values(given["value"]);
+        const py::list units = has_units ? py::list(given["units"]) : py::list();
+        if (values.size() != ids.size() || (has_units && units.size() != ids.size())) {
+            throw py::value_error("the columns id, value and units differ in length");
+        }
+        for (std::size_t i = 0; i < ids.size(); ++i) {
+            rows.push_back(minimum_row(i + 1, ids[i], values[i], has_units ? py::object(units[i]) : py::object(py::none())));
+        }
+    } else {  // rows (id, value) or (id, value, units)
+        std::size_t n = 0;
+        for (py::handle item : py::iter(given)) {
+            const py::tuple row(py::reinterpret_borrow<py::object>(item));
+            if (row.size() != 2 && row.size() != 3) {
+                throw py::value_error("row " + std::to_string(n + 1) + ": (id, value) or (id, value, units) expected");
+            }
+            rows.push_back(minimum_row(++n, row[0], row[1], row.size() == 3 ? py::object(row[2]) : py::object(py::none())));
+        }
+    }
+    a.run([&](std::string& why) { return archive_set_minimums(a.archive, part, rows, why); });
+}
+
+std::filesystem::path get(PyArchive& a, std::int64_t id, const std::filesystem::path& out_dir) {
+    std::string name, bytes;
+    std::filesystem::path target;
+    a.run([&](std::string& why) {
+        if (archive_file(a.archive, id, name, bytes, why) == 0) return 0;
+        // As `ugf archive get`: the stored name's last part, never a folder
+        // above out_dir.
+        name = name.substr(name.find_last_of("/\\") + 1);
+        if (name.empty() || name == "." || name == "..") name = "survey_" + std::to_string(id) + ".ugf";
+        target = out_dir / name;
+        return write_file_atomically(target.native(), bytes, false, why);
+    });
+    return target;
+}
+
+void close_archive(PyArchive& a) {
+    py::gil_scoped_release release;
+    std::lock_guard<std::mutex> guard(a.lock);
+    archive_close(a.archive);
+}
+
 }  // namespace
 
 // Sets a name's __module__ to the package, so that help(), signatures and
@@ -431,11 +796,23 @@ PYBIND11_MODULE(_ugf, m) {
         "(\"cannot open: ...\", \"read error at offset 0x...\", \"not a datalogger\n"
         "file ...\", \"the survey is closed\").";
     m.attr("Error") = error;
+    duplicate_type = PyErr_NewExceptionWithDoc(
+        "ugf.DuplicateError",
+        "Archive.add() of a file whose bytes the archive already holds: the\n"
+        "message names the survey that holds them (\"the same file is already\n"
+        "stored as survey 12 (tank4, 2026-03-01, tank4_2026.ugf)\"), and its\n"
+        "attribute `existing` is that survey's id.",
+        error_type, nullptr);
+    m.attr("DuplicateError") = py::handle(duplicate_type);
     // A message holds the file's name as given: bytes that aren't UTF-8 are
     // read as Latin-1, as the texts from a file are.
     py::register_exception_translator([](std::exception_ptr failure) {
         try {
             if (failure) std::rethrow_exception(failure);
+        } catch (const Duplicate& e) {
+            py::object error = py::reinterpret_borrow<py::object>(duplicate_type)(text(e.what()));
+            error.attr("existing") = e.existing;
+            PyErr_SetObject(duplicate_type, error.ptr());
         } catch (const Error& e) {
             PyErr_SetObject(error_type, text(e.what()).ptr());
         }
@@ -467,7 +844,7 @@ PYBIND11_MODULE(_ugf, m) {
             "detailed form shows for the mask: the note's text for one note, else the\n"
             "letters joined by ':' (\"B:C\").")
         .def_property_readonly("grid_count", [](PySurvey& s) {
-                std::lock_guard<std::mutex> guard(s.lock);
+                const auto guard = take(s.lock);
                 s.check();
                 return grids_of(s).size();
             }, "The number of grids: one for a 2D survey, one per group of a 3D or 4D\n"
@@ -501,19 +878,93 @@ PYBIND11_MODULE(_ugf, m) {
             "Every field of the survey as JSON (docs/survey.schema.json): returned as a\n"
             "str, or written to path (a str or os.PathLike) and None returned.")
         .def("close", [](PySurvey& s) {
-                std::lock_guard<std::mutex> guard(s.lock);
+                const auto guard = take(s.lock);
                 close_survey(s.survey);
                 s.open = false;
             }, "Closes the file. Closing a closed survey does nothing.")
         .def("__enter__", [](PySurvey& s) -> PySurvey& { return s; }, py::return_value_policy::reference,
             "Returns the survey itself.")
         .def("__exit__", [](PySurvey& s, py::object, py::object, py::object) {
-                std::lock_guard<std::mutex> guard(s.lock);
+                const auto guard = take(s.lock);
                 close_survey(s.survey);
                 s.open = false;
             }, py::arg("kind"), py::arg("value"), py::arg("traceback"), "Closes the file.")
         .def("__repr__", [](PySurvey& s) { return text("<ugf.Survey " + s.survey.path + (s.open ? "" : " (closed)") + ">"); },
             "<ugf.Survey PATH>, with \"(closed)\" after a closed survey's path.");
+
+
+    py::class_<PyArchive> archive(m, "Archive",
+        "A survey archive, as `ugf archive` keeps it: every dated survey of each\n"
+        "part (its facts, its points, the file's own bytes) and each part's\n"
+        "required thicknesses. Archive(where, create=True): where is the path of\n"
+        "an archive file (a str or os.PathLike; SQLite) or a postgresql:// URI of\n"
+        "an archive on a PostgreSQL server (docs/archive.md); both behave alike. A\n"
+        "missing archive is made unless create is False. Use it as a context\n"
+        "manager, or call close(). The calls release the interpreter lock while\n"
+        "the library works: adds on several threads read their surveys at once\n"
+        "and store them one at a time; any call may come from any thread.\n"
+        "Tables are pandas.DataFrames when pandas can be imported, else dicts of\n"
+        "numpy arrays; dates are datetime.date objects.");
+    belongs_to_package(archive);
+    archive
+        .def(py::init(&open_archive), py::arg("where"), py::arg("create") = true)
+        .def_property_readonly("name", [](PyArchive& a) { return text(a.name); },
+            "The archive as messages name it: the file's path, or HOST/DATABASE of a\n"
+            "server (never a user or a password).")
+        .def("add", &add, py::arg("path"), py::arg("date") = py::none(), py::arg("part") = "",
+            "Stores the survey file at path (a str or os.PathLike) and returns its new\n"
+            "id, as `ugf archive add` does. date: a datetime.date, a str YYYY-MM-DD or\n"
+            "YYYYMMDD, or None for the last date in the file name, else in a folder\n"
+            "name above it (without one, ugf.Error says how to give it). part: else\n"
+            "the survey's description, else the file name without its date and\n"
+            "extension. The same bytes a second time raise ugf.DuplicateError; a\n"
+            "survey that can't be read raises ugf.Error with the message that `ugf\n"
+            "convert` prints; either way nothing is stored.")
+        .def("parts", &parts, "The names of the parts, in byte order.")
+        .def("surveys", &surveys, py::arg("part") = py::none(),
+            "The stored surveys of a part (of every part with None), by part, date\n"
+            "and id: id, part, date, file_name, points (stored), readings (points\n"
+            "with a reading), the facts file_type_name, instrument, model, first_id,\n"
+            "last_id, walk_pattern_name, description, inspector_id, location,\n"
+            "has_grid, and sha256 of the file's bytes.")
+        .def("readings", &readings, py::arg("part"),
+            "Every point of every survey of the part, a row each, by survey (as\n"
+            "surveys() orders them) then in walk order: survey (its id), id (the\n"
+            "point's identifier), date, value (NaN where the cell shows no number),\n"
+            "text (the grid cell's), units, empty, lost, velocity, notes (the note\n"
+            "mask, bit 0 is note A).")
+        .def("history", &history, py::arg("part"), py::arg("minimum") = py::none(), py::arg("max_interval") = 10.0,
+             py::arg("as_of") = py::none(),
+            "The rows of `ugf archive history`: a row per identifier with the CSV's\n"
+            "columns in snake case (id, status, readings, first_date, first,\n"
+            "previous_date, previous, latest_date, latest, units, long_term_rate,\n"
+            "short_term_rate, least_squares_rate, governing_rate, required,\n"
+            "required_from, remaining_life, retirement_date, next_inspection, note).\n"
+            "Numbers are unrounded floats, NaN where none; dates datetime.date or\n"
+            "None. minimum: the required thickness of every point (else the part's\n"
+            "minimums, else the low alarm); max_interval: most years between\n"
+            "inspections; as_of: the day `due` is judged on (a date or str; today).")
+        .def("minimums", &minimums, py::arg("part"),
+            "The part's required thicknesses by identifier: id, value, units (\"\"\n"
+            "means the units of the part's latest survey).")
+        .def("set_minimums", &set_minimums, py::arg("part"), py::arg("rows"),
+            "Replaces the part's required thicknesses (no rows clears them). rows:\n"
+            "(id, value) or (id, value, units) tuples, or a table with columns id,\n"
+            "value and optionally units, such as minimums() gives. Values above 0;\n"
+            "units IN or MM in any case, or empty. A bad row raises ValueError and an\n"
+            "identifier given twice ugf.Error; then nothing changes.")
+        .def("get", &get, py::arg("id"), py::arg("out_dir") = std::filesystem::path("."),
+            "Writes survey id's original file, byte for byte, under its file name in\n"
+            "out_dir (a str or os.PathLike), as `ugf archive get`; returns its path.")
+        .def("close", &close_archive, "Closes the archive. Closing a closed archive does nothing.")
+        .def("__enter__", [](PyArchive& a) -> PyArchive& { return a; }, py::return_value_policy::reference,
+            "Returns the archive itself.")
+        .def("__exit__", [](PyArchive& a, py::object, py::object, py::object) { close_archive(a); },
+            py::arg("kind"), py::arg("value"), py::arg("traceback"), "Closes the archive.")
+        .def("__repr__", [](PyArchive& a) {
+                const auto guard = take(a.lock);
+                return text("<ugf.Archive " + a.name + (a.archive.ops ? "" : " (closed)") + ">");
+            }, "<ugf.Archive NAME>, with \"(closed)\" after a closed archive's name.");
 
     m.def("open", &open_path, py::arg("path"),
           "Opens a survey file (a str, bytes or os.PathLike) for reading only and\n"

@@ -15,6 +15,7 @@ import pathlib
 import random
 import shutil
 import subprocess
+import threading
 
 import pytest
 import ugf
@@ -100,6 +101,21 @@ def test_to_csv_on_threads(tmp_path):
         for job in jobs:
             name, data = job.result()
             assert data == expected[name]
+
+
+def test_one_survey_on_threads():
+    # Threads that wait for a survey another thread reads must not hold the
+    # interpreter lock that the reader needs to return.
+    survey = ugf.open(EXAMPLES / "corrosion_2d.ugf")
+    expected, results = survey.to_json(), []
+    threads = [threading.Thread(target=lambda: results.append({survey.to_json() for _ in range(100)}), daemon=True)
+               for _ in range(3)]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join(60)
+    assert results == [{expected}] * 3
+    survey.close()
 
 
 def test_stats_are_those_of_the_command_line():
@@ -192,12 +208,13 @@ def test_stubs_and_docstrings_cover_the_module():
     assert pathlib.Path(ugf.__file__).with_name("py.typed").exists()
     stubbed = {n.name: n for n in stubs.body if isinstance(n, (ast.ClassDef, ast.FunctionDef))}
     assert {n for n in stubbed if not n.startswith("_")} == set(ugf.__all__)
-    members = {n.name for n in stubbed["Survey"].body if isinstance(n, ast.FunctionDef)}
-    assert members == {n for n in vars(ugf.Survey) if not n.startswith("_")} | {"__enter__", "__exit__"}
+    for kind in (ugf.Survey, ugf.Archive):
+        members = {n.name for n in stubbed[kind.__name__].body if isinstance(n, ast.FunctionDef)}
+        assert members - {"__init__"} == {n for n in vars(kind) if not n.startswith("_")} | {"__enter__", "__exit__"}
+        for name in members | {"__repr__"}:
+            assert getattr(kind, name).__doc__, name
     for name in ugf.__all__:
         assert getattr(ugf, name).__module__ == "ugf" and getattr(ugf, name).__doc__, name
-    for name in members | {"__repr__"}:
-        assert getattr(ugf.Survey, name).__doc__, name
 
 
 def test_failures_raise_ugf_error(tmp_path):
