@@ -24,7 +24,7 @@ namespace {
 
 constexpr const char* HISTORY_PAGE_ENDING = "_history.html";
 
-enum Sub { ADD, LIST, MINIMUMS, HISTORY, REPORT, GET, SUBS };
+enum Sub { ADD, LIST, MINIMUMS, HISTORY, REPORT, GET, COPY, SUBS };
 
 struct ArchiveCommand {
     CLI::App* subs[SUBS] = {};
@@ -38,6 +38,7 @@ struct ArchiveCommand {
     double max_interval = 10;
     std::string out, out_dir;
     std::int64_t id = 0;
+    std::string from, to;  // copy
 };
 
 std::int32_t days_of(const std::string& text) {
@@ -373,10 +374,25 @@ int run_get(const ArchiveCommand& c, Archive& archive) {
     return 0;
 }
 
+// Every survey and required thickness of one archive into another (created
+// where it doesn't exist), a file or a server either way.
+int run_copy(const ArchiveCommand& c) {
+    Archive from, to;
+    std::string why;
+    if (archive_open(from, c.from, false, why) == 0 || archive_open(to, c.to, true, why) == 0) return fail(why);
+    CopyCounts counts;
+    const int ok = archive_copy(from, to, counts, why);
+    std::fprintf(stderr, "copied %llu surveys from %s to %s (%llu already there), and %llu tables of required thicknesses\n",
+                 static_cast<unsigned long long>(counts.copied), from.name.c_str(), to.name.c_str(),
+                 static_cast<unsigned long long>(counts.skipped), static_cast<unsigned long long>(counts.minimum_tables));
+    return ok != 0 ? 0 : fail(why);
+}
+
 int run_archive(const ArchiveCommand& c) {
     int sub = 0;
     while (sub < SUBS && !c.subs[sub]->parsed()) ++sub;
     if (sub == SUBS) return 2;
+    if (sub == COPY) return run_copy(c);
     if (c.db.empty()) {
         complain("no archive: give --db FILE or set UGF_ARCHIVE");
         return 2;
@@ -478,6 +494,15 @@ Run add_archive(CLI::App& app) {
     CLI::App* get = c->subs[GET] = cmd->add_subcommand("get", "Write a stored survey's original file, byte for byte");
     db(get);
     get->add_option("ID", c->id, "The survey's id (ugf archive list shows them)")->required()->check(CLI::PositiveNumber);
+
+    CLI::App* copy = c->subs[COPY] = cmd->add_subcommand(
+        "copy", "Copy every survey and required thickness of one archive into another (a file or a server, either way)");
+    copy->add_option("--from", c->from, "The archive to copy: a file or a postgresql:// URI")->required();
+    copy->add_option("--to", c->to, "The archive to copy into (created where it doesn't exist): a file or a postgresql:// URI")
+        ->required();
+    copy->footer("Surveys are copied in the order they were stored, each in one transaction; a survey whose\n"
+                 "bytes the target already holds is skipped, so a copy run again copies only what is new.\n"
+                 "Into an archive without other surveys of these parts, the copy's histories are the original's.");
     get->add_option("--out-dir", c->out_dir, "Write it here, under its file name (default: the current folder)");
     return [c] { return run_archive(*c); };
 }
