@@ -18,6 +18,7 @@
 #include <string>
 #include <vector>
 
+#include "ugf/history.hpp"
 #include "ugf/survey.hpp"
 
 namespace ugf::kit {
@@ -92,13 +93,6 @@ int archive_points(Archive& archive, std::int64_t survey_id, std::vector<Point>&
 // The stored file of a survey: its name and its bytes.
 int archive_file(Archive& archive, std::int64_t survey_id, std::string& name, std::string& bytes,
                  std::string& why);
-
-// A required thickness. Units "" means the units of the part's latest survey.
-struct MinimumRow {
-    std::string id;
-    double value = 0;  // finite
-    std::string units;
-};
 
 // Replaces the part's table of required thicknesses as a whole (an empty
 // table clears it). An identifier given twice, or a value that is not a

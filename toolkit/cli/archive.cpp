@@ -192,95 +192,10 @@ int run_list(const ArchiveCommand& c, Archive& archive) {
     return 0;
 }
 
-// A CSV record and the line it begins on.
-struct Record {
-    std::size_t line = 0;
-    std::vector<std::string> fields;
-};
-
-// RFC 4180: fields apart by commas, a field in double quotes may hold commas,
-// line ends and doubled quotes. 0 with `why` ("line N: ...").
-int parse_csv(const std::string& text, std::vector<Record>& records, std::string& why) {
-    std::size_t line = 1, i = text.rfind("\xEF\xBB\xBF", 0) == 0 ? 3 : 0;
-    while (i < text.size()) {
-        Record r{line, {""}};
-        for (bool record_end = false; !record_end;) {
-            if (i < text.size() && text[i] == '"') {
-                for (++i;; ++i) {
-                    if (i >= text.size()) {
-                        why = "line " + std::to_string(r.line) + ": a quoted field is not closed";
-                        return 0;
-                    }
-                    if (text[i] == '"' && (i + 1 >= text.size() || text[i + 1] != '"')) break;
-                    if (text[i] == '"') ++i;
-                    if (text[i] == '\n') ++line;
-                    r.fields.back() += text[i];
-                }
-                ++i;  // past the closing quote
-                if (i < text.size() && text[i] != ',' && text[i] != '\n' && text.compare(i, 2, "\r\n") != 0) {
-                    why = "line " + std::to_string(line) + ": text after a closing quote";
-                    return 0;
-                }
-            }
-            for (; i < text.size() && text[i] != ',' && text[i] != '\n'; ++i) {
-                if (text[i] == '"') {
-                    why = "line " + std::to_string(line) + ": a quote inside a field that is not quoted";
-                    return 0;
-                }
-                if (text[i] != '\r' || (i + 1 < text.size() && text[i + 1] != '\n')) r.fields.back() += text[i];
-            }
-            if (i < text.size() && text[i] == ',') {
-                r.fields.emplace_back();
-            } else {
-                record_end = true;
-                ++line;
-            }
-            ++i;
-        }
-        if (r.fields.size() > 1 || !trim(r.fields[0]).empty()) records.push_back(std::move(r));
-    }
-    return 1;
-}
-
-// The rows of a table ID,MINIMUM[,UNITS]; a first row whose minimum is no
-// number is a header.
-int minimum_rows(const std::string& text, std::vector<MinimumRow>& rows, std::string& why) {
-    std::vector<Record> records;
-    if (parse_csv(text, records, why) == 0) return 0;
-    std::map<std::string, std::size_t> first_line;
-    for (const Record& r : records) {
-        const std::string at = "line " + std::to_string(r.line) + ": ";
-        if (r.fields.size() < 2 || r.fields.size() > 3) {
-            why = at + "ID,MINIMUM or ID,MINIMUM,UNITS expected, found " + std::to_string(r.fields.size()) +
-                  (r.fields.size() == 1 ? " field" : " fields");
-            return 0;
-        }
-        MinimumRow row{trim(r.fields[0]), 0, r.fields.size() == 3 ? trim(r.fields[2]) : ""};
-        const std::string value = trim(r.fields[1]);
-        char* end = nullptr;
-        row.value = std::strtod(value.c_str(), &end);
-        if (value.empty() || *end != '\0' || !std::isfinite(row.value)) {
-            if (&r == &records.front()) continue;  // the header
-            why = at + "the minimum is not a number: " + value;
-            return 0;
-        }
-        for (char& ch : row.units) ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
-        if (row.id.empty()) why = at + "no identifier";
-        else if (!(row.value > 0)) why = at + "the minimum must be above 0: " + value;
-        else if (!row.units.empty() && row.units != "IN" && row.units != "MM") why = at + "the units must be IN or MM: " + trim(r.fields[2]);
-        else if (const auto [first, added] = first_line.emplace(row.id, r.line); !added) {
-            why = at + row.id + " is given twice (first on line " + std::to_string(first->second) + ")";
-        }
-        if (!why.empty()) return 0;
-        rows.push_back(std::move(row));
-    }
-    return 1;
-}
-
 int run_minimums(const ArchiveCommand& c, Archive& archive) {
     std::string text, why;
     std::vector<MinimumRow> rows;
-    if (read_bytes(c.table, text, why) == 0 || minimum_rows(text, rows, why) == 0) return fail(c.table + ": " + why);
+    if (read_bytes(c.table, text, why) == 0 || parse_minimums(text, rows, why) == 0) return fail(c.table + ": " + why);
     if (archive_set_minimums(archive, c.part, rows, why) == 0) return fail(why);
     std::fprintf(stderr, "kept %zu required thicknesses for %s\n", rows.size(), c.part.c_str());
     return 0;
