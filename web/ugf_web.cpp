@@ -180,18 +180,6 @@ val compare(int baseline_id, int latest_id, double years, double minimum) {
     return result;
 }
 
-// A part's name fit for a file name, as the command line names its page:
-// separators, characters some systems refuse and control characters become
-// "_", and a leading "." is kept from hiding the file.
-std::string file_name_of(const std::string& part) {
-    std::string name = part;
-    for (char& ch : name) {
-        if (static_cast<unsigned char>(ch) < 0x20 || std::strchr("/\\:*?\"<>|", ch) != nullptr) ch = '_';
-    }
-    if (name.empty() || name[0] == '.') name.insert(0, "_");
-    return name;
-}
-
 // The inspection history of `part` from the chosen surveys ({engine, id,
 // date}: the page's survey, its id in the history, YYYY-MM-DD), as
 // `ugf archive history` and `report` make it: its CSV and its page.
@@ -237,9 +225,9 @@ val history(const val& chosen, const std::string& part, double minimum, double m
         return failed(latest->name + ": " + why);
     }
     result.set("points", static_cast<double>(h.rows.size()));
-    result.set("csvName", file_name_of(part) + "_history.csv");
+    result.set("csvName", history_output_name(part, HISTORY_CSV_ENDING));
     result.set("csv", bytes_of(history_csv(h)));
-    result.set("htmlName", file_name_of(part) + "_history.html");
+    result.set("htmlName", history_output_name(part, HISTORY_PAGE_ENDING));
     result.set("html", page);
     return result;
 }

@@ -22,8 +22,6 @@ namespace ugf::kit {
 
 namespace {
 
-constexpr const char* HISTORY_PAGE_ENDING = "_history.html";
-
 enum Sub { ADD, LIST, MINIMUMS, HISTORY, REPORT, GET, COPY, SUBS };
 
 struct ArchiveCommand {
@@ -244,15 +242,6 @@ int run_history(const ArchiveCommand& c, Archive& archive) {
 
 // A part name fit for a file name: separators, characters that some systems
 // refuse and control characters become "_".
-std::string safe_name(const std::string& part) {
-    std::string name = part;
-    for (char& ch : name) {
-        if (static_cast<unsigned char>(ch) < 0x20 || std::strchr("/\\:*?\"<>|", ch) != nullptr) ch = '_';
-    }
-    if (name.empty() || name[0] == '.') name.insert(0, "_");
-    return name;
-}
-
 int run_report(const ArchiveCommand& c, Archive& archive) {
     std::vector<DatedSurvey> surveys;
     History history;
@@ -269,7 +258,7 @@ int run_report(const ArchiveCommand& c, Archive& archive) {
         history_page(history, surveys, grids, page, why) == 0) {
         return fail("survey " + std::to_string(latest) + " (" + name + "): " + why);
     }
-    const std::string target = (c.out_dir.empty() ? "" : c.out_dir + "/") + safe_name(c.part) + HISTORY_PAGE_ENDING;
+    const std::string target = (c.out_dir.empty() ? "" : c.out_dir + "/") + history_output_name(c.part, HISTORY_PAGE_ENDING);
     if (write_file_atomically(target, page, false, why) == 0) return fail(why);
     std::fprintf(stderr, "reported %s (%zu points, %zu surveys) in %s\n", c.part.c_str(), history.rows.size(),
                  surveys.size(), target.c_str());
