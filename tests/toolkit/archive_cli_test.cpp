@@ -255,6 +255,21 @@ TEST_F(ArchiveRun, UsageErrorsAndTheArchiveFromTheEnvironment) {
     EXPECT_EQ(run.console.substr(0, 3), "T: ");
 }
 
+// Texts of the file and names are bytes; JSON takes any byte that is not
+// UTF-8 as Latin-1 ("\xC9" is "É").
+TEST_F(ArchiveRun, JsonOfTextsThatAreNotUtf8) {
+    const std::string path = save("cuve_\xC9_2026-01-01.ugf", column({2500, 2400}, false, "CUVE \xC9"));
+    ASSERT_EQ(ugf("add", {path}).status, 0);
+    const RunResult history = ugf("history", {"--part", "CUVE \xC9", "--json"});
+    EXPECT_EQ(history.status, 0);
+    EXPECT_NE(history.console.find("\"part\": \"CUVE \u00C9\""), std::string::npos) << history.console.substr(0, 300);
+    const RunResult list = ugf("list", {"--json"});
+    EXPECT_NE(list.console.find("\"file_name\": \"cuve_\u00C9_2026-01-01.ugf\""), std::string::npos) << list.console;
+    const RunResult stats = run_toolkit_binary({"stats", "--json", path}, dir.path);
+    EXPECT_EQ(stats.status, 0);
+    EXPECT_NE(stats.console.find("cuve_\u00C9_2026-01-01.ugf\""), std::string::npos) << stats.console;
+}
+
 TEST_F(ArchiveRun, GetWritesTheOriginalBytes) {
     const std::string path = save("in/tank_2026-01-01.ugf", column({2500, LOST, 0, 2100}));
     ASSERT_EQ(ugf("add", {path}).status, 0);

@@ -17,6 +17,7 @@
 #include "ugf/archive.hpp"
 #include "ugf/history.hpp"
 #include "ugf/history_page.hpp"
+#include "ugf/json.hpp"
 
 namespace ugf::kit {
 
@@ -179,11 +180,11 @@ int run_list(const ArchiveCommand& c, Archive& archive) {
                           date_text(s.date).c_str(), static_cast<unsigned long long>(s.points),
                           static_cast<unsigned long long>(s.readings));
             text += line + s.file_name + "\n";
-            list.push_back({{"id", s.id}, {"date", date_text(s.date)}, {"file_name", s.file_name}, {"points", s.points},
-                            {"readings", s.readings}, {"file_type_name", s.facts.file_type_name},
-                            {"description", s.facts.description}, {"sha256", s.sha256}});
+            list.push_back({{"id", s.id}, {"date", date_text(s.date)}, {"file_name", json_text(s.file_name)},
+                            {"points", s.points}, {"readings", s.readings}, {"file_type_name", s.facts.file_type_name},
+                            {"description", json_text(s.facts.description)}, {"sha256", s.sha256}});
         }
-        json.push_back({{"part", part}, {"minimums", minimums.size()}, {"surveys", list}});
+        json.push_back({{"part", json_text(part)}, {"minimums", minimums.size()}, {"surveys", list}});
     }
     const std::string out = c.json ? json.dump(2) + "\n" : text;
     std::fwrite(out.data(), 1, out.size(), stdout);
