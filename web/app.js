@@ -55,8 +55,18 @@ function ask(message, onProgress) {
   });
 }
 
+// The engine's number of a survey, given to it first where it has none. The
+// first answer also tells the date in its name and its description.
 async function engineId(s) {
-  if (s.id === null) s.id = (await ask({ op: 'add', name: s.name, bytes: new Uint8Array(s.bytes) })).id;
+  if (s.id === null) {
+    const r = await ask({ op: 'add', name: s.name, bytes: new Uint8Array(s.bytes) });
+    s.id = r.id;
+    if (!s.info && r.id !== undefined) {
+      s.info = r;
+      if (!s.date.value) s.date.value = r.date;
+      refreshHistory();
+    }
+  }
   return s.id;
 }
 
@@ -155,6 +165,11 @@ function addSurvey(file, bytes) {
   $('surveys').append(s.section);
   surveys.push(s);
   updateCompareChoices();
+  s.date = el('input', { type: 'date', 'aria-label': `Date of ${s.name}` });
+  s.date.addEventListener('input', refreshHistory);
+  s.dateNote = el('td', { class: 'note' });
+  $('history-surveys').append(el('tr', {}, el('td', { text: s.name }), el('td', {}, s.date), s.dateNote));
+  refreshHistory();
   enqueue(`${s.name}`, async () => {
     await convertForms(s);
     await showReport(s);
@@ -175,6 +190,48 @@ function updateCompareChoices() {
   }
   if (!$('latest').value || $('latest').value === $('baseline').value) $('latest').value = String(surveys.length - 1);
 }
+
+// The history's surveys are those with a date that the engine can read.
+const inHistory = (s) => s.info && !s.info.unfit && s.date.value;
+
+// Each survey's note in the history's list, and the part's name: the
+// description the surveys taking part share, until the user gives one.
+function refreshHistory() {
+  $('history').hidden = surveys.length === 0;
+  for (const s of surveys) {
+    s.dateNote.textContent = !s.info ? 'being read' : s.info.unfit ? `left out: ${s.info.unfit}`
+      : s.date.value ? '' : 'no date in its name: give its date to take part';
+  }
+  const part = $('part');
+  if (!part.dataset.edited) {
+    const names = new Set(surveys.filter(inHistory).map((s) => s.info.description));
+    part.value = names.size === 1 ? [...names][0] : '';
+  }
+}
+
+$('part').addEventListener('input', (event) => { event.target.dataset.edited = event.target.value ? '1' : ''; });
+const today = new Date();
+today.setMinutes(today.getMinutes() - today.getTimezoneOffset());
+$('as-of').value = today.toISOString().slice(0, 10);
+$('run-history').onclick = () => enqueue('history', async () => {
+  const out = $('history-out');
+  out.replaceChildren();
+  const chosen = [];
+  const left = [];
+  // The ids are the order of adding, as an archive numbers what it stores.
+  for (const [i, s] of surveys.entries()) {
+    if (inHistory(s)) chosen.push({ engine: await engineId(s), id: i + 1, date: s.date.value });
+    else left.push(`${s.name} (${s.info?.unfit || 'no date'})`);
+  }
+  if (left.length) out.append(el('p', { class: 'left-out', text: `Left out: ${left.join(', ')}` }));
+  if (!chosen.length) { out.append(el('div', { class: 'failed', text: 'No survey has a date: give their dates' })); return; }
+  const r = await ask({ op: 'history', surveys: chosen, part: $('part').value, minimum: numberOrNaN($('minimum')),
+    maxInterval: numberOrNaN($('max-interval')), asOf: $('as-of').value });
+  if (r.error) { out.append(el('div', { class: 'failed', text: r.error })); return; }
+  out.append(el('div', { class: 'links' }, link(r.csvName, r.csv, 'text/csv'),
+    link(r.htmlName, new TextEncoder().encode(r.html), 'text/html'), `${r.points} points from ${chosen.length} surveys`));
+  out.append(el('iframe', { class: 'report', title: 'Inspection history', srcdoc: r.html }));
+});
 
 $('files').addEventListener('change', (event) => takeFiles([...event.target.files]));
 const drop = $('drop');

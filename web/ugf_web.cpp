@@ -6,6 +6,7 @@
 #include <emscripten/val.h>
 
 #include <cmath>
+#include <cstring>
 #include <map>
 #include <memory>
 #include <optional>
@@ -16,6 +17,8 @@
 #include "ugf/convert.hpp"
 #include "ugf/converter.hpp"
 #include "ugf/files.hpp"
+#include "ugf/history.hpp"
+#include "ugf/history_page.hpp"
 #include "ugf/report.hpp"
 #include "ugf/survey.hpp"
 
@@ -66,16 +69,31 @@ val bytes_of(const std::string& text) {
     return array;
 }
 
-// A survey from the page: its name and bytes.
-int add_survey(const std::string& name, const val& data) {
+std::string trim(const std::string& text) {
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+}
+
+// A survey from the page: its name and bytes. Gives its number, the date its
+// name holds ("" for none) and its description, which name its place in a
+// part's history, or why it can't take part there.
+val add_survey(const std::string& name, const val& data) {
     auto s = std::make_unique<PageSurvey>();
     s->name = name;
     s->bytes = emscripten::convertJSArrayToNumberVector<std::uint8_t>(data);
     s->survey.path = name;
     s->opened = open_survey_memory(s->survey, s->bytes.data(), s->bytes.size(), s->why) != 0;
+    val result = val::object();
+    std::int32_t days = NO_DATE;
+    date_in_path(name, days);
+    result.set("date", date_text(days));
+    if (!s->opened) result.set("error", s->why);
+    else if (!has_output(s->survey)) result.set("error", conversion_failure(s->survey));
+    else result.set("description", trim(survey_facts(s->survey).description));
     const int id = surveys().next++;
     surveys().by_id[id] = std::move(s);
-    return id;
+    result.set("id", id);
+    return result;
 }
 
 void remove_survey(int id) { surveys().by_id.erase(id); }
@@ -162,11 +180,64 @@ val compare(int baseline_id, int latest_id, double years, double minimum) {
     return result;
 }
 
+// The inspection history of `part` from the chosen surveys ({engine, id,
+// date}: the page's survey, its id in the history, YYYY-MM-DD), as
+// `ugf archive history` and `report` make it: its CSV and its page.
+val history(const val& chosen, const std::string& part, double minimum, double max_interval, const std::string& as_of) {
+    val result = val::object();
+    std::vector<DatedSurvey> dated;
+    std::map<std::int64_t, PageSurvey*> by_id;
+    std::string why, page;
+    const auto failed = [&](const std::string& text) {
+        result.set("error", text);
+        return result;
+    };
+    if (part.empty()) return failed("no part: give the part's name");
+    HistoryOptions options;
+    options.minimum = given(minimum);
+    if (!std::isnan(max_interval)) options.max_interval = max_interval;
+    if (std::int32_t days = 0; !as_of.empty()) {
+        if (parse_date(as_of, days) == 0) return failed("the as-of date is not a date: " + as_of);
+        options.as_of = days;
+    }
+    for (unsigned i = 0, n = chosen["length"].as<unsigned>(); i < n; ++i) {
+        PageSurvey* s = opened(chosen[i]["engine"].as<int>(), result);
+        if (s == nullptr) return result.hasOwnProperty("error") ? result : failed("a survey is missing");
+        DatedSurvey& d = dated.emplace_back();
+        d.id = chosen[i]["id"].as<int>();
+        d.name = s->name;
+        if (parse_date(chosen[i]["date"].as<std::string>(), d.date) == 0) return failed(s->name + ": its date is not a date");
+        if (for_each_point(s->survey, [&](const Point& p) {
+                d.points.push_back(p);
+                return 1;
+            }, why) == 0) {
+            return failed(s->name + ": " + why);
+        }
+        by_id[d.id] = s;
+    }
+    History h;
+    if (make_history(part, dated, options, h, why) == 0) return failed(why);
+    // The map is laid out as the latest survey's grids.
+    PageSurvey* latest = by_id[h.surveys.back().id];
+    std::vector<Grid> grids;
+    if ((survey_facts(latest->survey).has_grid && survey_grids(latest->survey, grids, why) == 0) ||
+        history_page(h, dated, grids, page, why) == 0) {
+        return failed(latest->name + ": " + why);
+    }
+    result.set("points", static_cast<double>(h.rows.size()));
+    result.set("csvName", history_output_name(part, HISTORY_CSV_ENDING));
+    result.set("csv", bytes_of(history_csv(h)));
+    result.set("htmlName", history_output_name(part, HISTORY_PAGE_ENDING));
+    result.set("html", page);
+    return result;
+}
+
 }  // namespace
 
 EMSCRIPTEN_BINDINGS(ugf_web) {
     emscripten::function("report", &report);
     emscripten::function("compare", &compare);
+    emscripten::function("history", &history);
     emscripten::function("addSurvey", &add_survey);
     emscripten::function("removeSurvey", &remove_survey);
     emscripten::function("runConverter", &run_converter_on);

@@ -12,9 +12,11 @@ onmessage = async (event) => {
   let reply;
   try {
     switch (m.op) {
-      case 'add':
-        reply = { id: engine.addSurvey(m.name, m.bytes) };
+      case 'add': {
+        const r = engine.addSurvey(m.name, m.bytes);
+        reply = { id: r.id, date: r.date, description: r.description, unfit: r.error };
         break;
+      }
       case 'run': {
         const progress = (done) => postMessage({ progress: m.seq, done });
         const r = engine.runConverter(m.id, m.form, progress);
@@ -34,6 +36,11 @@ onmessage = async (event) => {
       case 'compare': {
         const r = engine.compare(m.baseline, m.latest, m.years, m.minimum);
         reply = { error: r.error, csvName: r.csvName, csv: copy(r.csv), htmlName: r.htmlName, html: r.html };
+        break;
+      }
+      case 'history': {
+        const r = engine.history(m.surveys, m.part, m.minimum, m.maxInterval, m.asOf);
+        reply = { error: r.error, points: r.points, csvName: r.csvName, csv: copy(r.csv), htmlName: r.htmlName, html: r.html };
         break;
       }
       case 'remove':

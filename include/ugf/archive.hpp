@@ -95,13 +95,6 @@ int archive_points(Archive& archive, std::int64_t survey_id, std::vector<Point>&
 int archive_file(Archive& archive, std::int64_t survey_id, std::string& name, std::string& bytes,
                  std::string& why);
 
-// A required thickness. Units "" means the units of the part's latest survey.
-struct MinimumRow {
-    std::string id;
-    double value = 0;  // finite
-    std::string units;
-};
-
 // Replaces the part's table of required thicknesses as a whole (an empty
 // table clears it). An identifier given twice, or a value that is not a
 // finite number, is refused and nothing changes.

@@ -51,6 +51,21 @@ struct Minimum {
     std::string units;  // "" means the history's units
 };
 
+// A required thickness of one identifier, as a part's table keeps it. Units
+// "" means the units of the part's latest survey.
+struct MinimumRow {
+    std::string id;
+    double value = 0;  // finite
+    std::string units;
+};
+
+// The rows of a CSV table ID,MINIMUM[,UNITS] (RFC 4180 quoting; a first row
+// whose minimum is no number is a header; units IN or MM in any case, or
+// none). 0 with `why` naming the line ("line 3: the minimum is not a
+// number: x") for a malformed line, a minimum not above 0 or an identifier
+// given twice.
+int parse_minimums(const std::string& text, std::vector<MinimumRow>& rows, std::string& why);
+
 struct HistoryOptions {
     std::optional<double> minimum;            // for every point, in the history's units
     std::map<std::string, Minimum> minimums;  // per identifier

@@ -26,4 +26,14 @@ inline constexpr std::size_t HISTORY_CHARTS = 6;
 int history_page(const History& history, const std::vector<DatedSurvey>& surveys,
                  const std::vector<Grid>& latest_grids, std::string& page, std::string& why);
 
+// The endings of a part's history outputs.
+inline constexpr const char* HISTORY_CSV_ENDING = "_history.csv";
+inline constexpr const char* HISTORY_PAGE_ENDING = "_history.html";
+
+// The name of a part's history output: the part's name, made fit for a file
+// name on any system (control characters and / \ : * ? " < > | become "_",
+// and a name that is empty or begins with "." gets a "_" in front), and the
+// ending.
+std::string history_output_name(const std::string& part, const std::string& ending);
+
 }  // namespace ugf::kit

@@ -16,4 +16,10 @@ namespace ugf::kit {
 
 int write_survey_json(Survey& survey, const std::function<void(std::string_view)>& out, std::string& why);
 
+// A text of the file (an identifier, a note, a description) or a name as a
+// JSON string may hold it: valid UTF-8 stays, any other byte is read as
+// Latin-1, so that any stored text makes valid JSON. Every JSON text of the
+// toolkit goes through it.
+std::string json_text(std::string_view bytes);
+
 }  // namespace ugf::kit

@@ -39,20 +39,7 @@ ImageBuilder corrosion_survey() {
                              .max_value = 12500}));
     write_slot(image, 1, 2, link_record(2, 6000));
     write_slot(image, 1, 3, link_record(4, 8000));
-    write_ascan_thickness(image, 6000,
-                          {.head = {.record_type = 3, .units = 1, .alarm_state = 1, .fast_mode = 2,
-                                    .resolution = 1, .echo_to_echo = 1, .thickness = 4567},
-                           .min_samples = {1, 2, 3},
-                           .max_samples = {10, 20, 30},
-                           .delay = 1234,
-                           .range = 5000,
-                           .rect_index = 1,
-                           .bracket_3 = 2,
-                           .marker1 = 5,
-                           .marker2 = 20,
-                           .mb_blank = 10,
-                           .if_blank_raw = 25,
-                           .bracket_2 = 7});
+    write_ascan_thickness(image, 6000, small_ascan());
     write_bscan(image, 8000,
                 {.head = gauge_record({.record_type = 5, .bscan_mode = 1, .resolution = 1,
                                        .thickness = 5000, .note_mask = 0x8000}),
@@ -74,10 +61,8 @@ const std::string CORROSION_FILE =
     "A,PITTING\nB,\nC,WELD SEAM\nD,\nE,\nF,\nG,\nH,\nI,\nJ,\nK,\nL,\nM,\nN,\nO,\nP,\n" +
     TITLES_CORROSION +
     "TK-01NORTH, 1.235,IN,OFF,ABSOLUTE,40DB,OFF,AC,0,STD,OFF,OFF,0.030,COATING, 1.200,MIN, 1.250,MAX\n"
-    "TK-01SOUTH,,,,,,,,,,,,,,,,,\n" "TK-02NORTH,  4.57,MM,HIGH,ABSOLUTE,40DB,MIN/MAX,,0,E TO E,OFF,ON,,,,,,\n"
-    ",MAX DATA [3][7][2]\n" ",10,20,30,\n" ",\n" ",MIN DATA [3][7][2]\n" ",1,2,3,\n"
-    ",DELAY=12.34MM,RANGE=50.00MM,RECT=FULL,ZOOM=ON,FREEZE=OFF,MB BLANK=10,IF BLANK=20,"
-    "MARKER1=5,MARKER2=20,WAVEFORM=FILLED\n" +
+    "TK-01SOUTH,,,,,,,,,,,,,,,,,\n" "TK-02NORTH,  4.57,MM,HIGH,ABSOLUTE,40DB,MIN/MAX,,0,E TO E,OFF,ON,,,,,,\n" +
+    SMALL_ASCAN_DUMP +
     TITLES_CORROSION +
     "TK-02SOUTH, 0.500,IN,OFF,ABSOLUTE,40DB,OFF,P,0,STD,ON,OFF,,,,,,\n" + BSCAN_TITLE +
     ",1, 1.235,IN,OFF, \n" ",2,--.---,IN,LOW,MIN\n"

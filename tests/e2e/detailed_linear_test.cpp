@@ -163,25 +163,9 @@ TEST(DetailedLinear, StandingWalkDumpsAScan1024Times) {
     set_ranges(h, {{"0000", "1999"}});
     ImageBuilder image = survey_image(h);
     write_slot(image, 0, 0, link_record(2, 6000));
-    write_ascan_thickness(image, 6000,
-                          {.head = {.record_type = 3, .units = 1, .alarm_state = 1, .fast_mode = 2,
-                                    .resolution = 1, .echo_to_echo = 1, .thickness = 4567},
-                           .min_samples = {1, 2, 3},
-                           .max_samples = {10, 20, 30},
-                           .delay = 1234,
-                           .range = 5000,
-                           .rect_index = 1,
-                           .bracket_3 = 2,
-                           .marker1 = 5,
-                           .marker2 = 20,
-                           .mb_blank = 10,
-                           .if_blank_raw = 25,
-                           .bracket_2 = 7});
+    write_ascan_thickness(image, 6000, small_ascan());
     const std::string row = "S0000,  4.57,MM,HIGH,OFF,LOW ,MIN/MAX,,0,E TO E,OFF,ON,,,,,,\n";
-    const std::string dump =
-        ",MAX DATA [3][7][2]\n" ",10,20,30,\n" ",\n" ",MIN DATA [3][7][2]\n" ",1,2,3,\n"
-        ",DELAY=12.34MM,RANGE=50.00MM,RECT=FULL,ZOOM=ON,FREEZE=OFF,MB BLANK=10,IF BLANK=20,"
-        "MARKER1=5,MARKER2=20,WAVEFORM=FILLED\n";
+    const std::string& dump = SMALL_ASCAN_DUMP;
     std::string file = PREAMBLE_CORROSION + COLUMNS_LINEAR + "FILE-NAME.CSV,LINEAR,29,S,0000,1999,1,STANDARD,0,0," +
                        STAMPS + IDENTITY_EMPTY + NOTES_EMPTY + TITLES_CORROSION;
     for (int k = 0; k < 1024; ++k) file += row + dump + TITLES_CORROSION;

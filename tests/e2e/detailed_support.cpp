@@ -42,4 +42,20 @@ void expect_fails_after(const ImageBuilder& image, const std::string& form, cons
     EXPECT_EQ(*c.output, written);
 }
 
+ThicknessAscanImage small_ascan() {
+    return {.head = {.record_type = 3, .units = 1, .alarm_state = 1, .fast_mode = 2, .resolution = 1,
+                     .echo_to_echo = 1, .thickness = 4567},
+            .min_samples = {1, 2, 3},
+            .max_samples = {10, 20, 30},
+            .delay = 1234,
+            .range = 5000,
+            .rect_index = 1,
+            .bracket_3 = 2,
+            .marker1 = 5,
+            .marker2 = 20,
+            .mb_blank = 10,
+            .if_blank_raw = 25,
+            .bracket_2 = 7};
+}
+
 }  // namespace ugf::test

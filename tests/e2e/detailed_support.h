@@ -60,6 +60,15 @@ inline const std::string SETUP_TITLES_PRECISION =
     "ECHO 2 DETECTION,PULSER POWER,BS RESOLUTION,TEMPERATURE COMPENSATION,"
     "TEMPERATURE COEFFICIENT,TEMPERATURE CALIBRATION,AUTO PHASE DETECT\n";
 
+// A corrosion gauge's A-scan of three samples behind a reading of 4.57 MM
+// (high alarm, min/max fast mode, echo to echo), and the dump the detailed
+// form writes under its row.
+ThicknessAscanImage small_ascan();
+inline const std::string SMALL_ASCAN_DUMP =
+    ",MAX DATA [3][7][2]\n" ",10,20,30,\n" ",\n" ",MIN DATA [3][7][2]\n" ",1,2,3,\n"
+    ",DELAY=12.34MM,RANGE=50.00MM,RECT=FULL,ZOOM=ON,FREEZE=OFF,MB BLANK=10,IF BLANK=20,"
+    "MARKER1=5,MARKER2=20,WAVEFORM=FILLED\n";
+
 inline const std::string FAILED_CONSOLE =
     "STATUS: Opening Datalogger Session...\n" "STATUS: Exporting Data Logger File...\n"
     "ERROR: Operation failed!\n";

@@ -3,9 +3,10 @@
 # (clang) and runs it for the given number of seconds (default 60), seeded
 # with the sample surveys. New inputs go to build-fuzz/corpus-TARGET; a crash
 # leaves its input in build-fuzz/ as crash-*.
-#   tests/fuzz/run-fuzz.sh [seconds] [target: convert (default), stats, report, compare or capi] [extra libFuzzer flags...]
+#   tests/fuzz/run-fuzz.sh [seconds] [target: convert (default), stats, report, compare, capi or history] [extra libFuzzer flags...]
 # The compare target's seeds are pairs of sample surveys, each cut where its
-# first two bytes say.
+# first two bytes say; the history target's, a table of required thicknesses
+# and a sample survey, cut the same way.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 seconds=${1:-60}
@@ -48,6 +49,20 @@ for k, (a, b) in enumerate(list(zip(names, names)) + list(zip(names, names[1:] +
     open(f"{folder}/pair-{k}", "wb").write(bytes([v >> 8, v & 255]) + first + second)
 PY
   seeds+=("$out/seeds-compare")
+fi
+if [ "$target" = history ] && [ -d examples ]; then
+  mkdir -p "$out/seeds-history"
+  python3 - "$out/seeds-history" examples/*.ugf <<'PY'
+import sys
+folder, names = sys.argv[1], sys.argv[2:]
+table = b"ID,MINIMUM,UNITS\nTANK4-A01,0.2,IN\n\"TANK4-B02\",5.1,mm\n"
+for k, name in enumerate(names):
+    survey = open(name, "rb").read()
+    total = len(table) + len(survey)
+    v = next(v for v in range(65536) if v * total // 65536 >= len(table))
+    open(f"{folder}/table-{k}", "wb").write(bytes([v >> 8, v & 255]) + table + survey)
+PY
+  seeds+=("$out/seeds-history")
 fi
 cd "$out"
 "./fuzz_$target" -max_total_time="$seconds" -max_len=200000 -timeout=20 -rss_limit_mb=4096 \

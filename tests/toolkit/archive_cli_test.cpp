@@ -2,6 +2,7 @@
 // stored through the real binary, the history of a part against figures
 // worked by hand, dates and parts taken from names, duplicates, damaged
 // surveys, foreign files, the original bytes back, and writers at once.
+#include <algorithm>
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -254,6 +255,21 @@ TEST_F(ArchiveRun, UsageErrorsAndTheArchiveFromTheEnvironment) {
     EXPECT_EQ(run.console.substr(0, 3), "T: ");
 }
 
+// Texts of the file and names are bytes; JSON takes any byte that is not
+// UTF-8 as Latin-1 ("\xC9" is "É").
+TEST_F(ArchiveRun, JsonOfTextsThatAreNotUtf8) {
+    const std::string path = save("cuve_\xC9_2026-01-01.ugf", column({2500, 2400}, false, "CUVE \xC9"));
+    ASSERT_EQ(ugf("add", {path}).status, 0);
+    const RunResult history = ugf("history", {"--part", "CUVE \xC9", "--json"});
+    EXPECT_EQ(history.status, 0);
+    EXPECT_NE(history.console.find("\"part\": \"CUVE \u00C9\""), std::string::npos) << history.console.substr(0, 300);
+    const RunResult list = ugf("list", {"--json"});
+    EXPECT_NE(list.console.find("\"file_name\": \"cuve_\u00C9_2026-01-01.ugf\""), std::string::npos) << list.console;
+    const RunResult stats = run_toolkit_binary({"stats", "--json", path}, dir.path);
+    EXPECT_EQ(stats.status, 0);
+    EXPECT_NE(stats.console.find("cuve_\u00C9_2026-01-01.ugf\""), std::string::npos) << stats.console;
+}
+
 TEST_F(ArchiveRun, GetWritesTheOriginalBytes) {
     const std::string path = save("in/tank_2026-01-01.ugf", column({2500, LOST, 0, 2100}));
     ASSERT_EQ(ugf("add", {path}).status, 0);
@@ -263,6 +279,22 @@ TEST_F(ArchiveRun, GetWritesTheOriginalBytes) {
     run = ugf("get", {"2"});
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.errors, "ugf: no survey 2 in the archive\n");
+}
+
+TEST_F(ArchiveRun, ACopyHasTheOriginalsHistoryAndCopiesOnlyWhatIsNew) {
+    ASSERT_EQ(ugf("add", {save("c_2020-01-01.ugf", column({2500, 2400})), save("c_2024-01-01.ugf", column({2300, 2350}))}).status, 0);
+    const std::string copy = dir.file("copy.ugfdb");
+    const std::vector<std::string> args = {"archive", "copy", "--from", db, "--to", copy};
+    RunResult run = run_toolkit_binary(args, dir.path);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.errors, "copied 2 surveys from " + db + " to " + copy + " (0 already there), and 0 tables of required thicknesses\n");
+    const std::vector<std::string> history = {"--part", "c", "--minimum", "0.2", "--as-of", "2025-01-01"};
+    RunResult copied = run_toolkit_binary({"archive", "history", "--db", copy, "--part", "c", "--minimum", "0.2",
+                                           "--as-of", "2025-01-01"}, dir.path);
+    EXPECT_EQ(copied.console, ugf("history", history).console);
+    EXPECT_EQ(std::count(copied.console.begin(), copied.console.end(), '\n'), 3);  // the header and two points
+    run = run_toolkit_binary(args, dir.path);
+    EXPECT_EQ(run.errors, "copied 0 surveys from " + db + " to " + copy + " (2 already there), and 0 tables of required thicknesses\n");
 }
 
 TEST_F(ArchiveRun, MinimumsRefuseAMalformedLineByItsNumber) {

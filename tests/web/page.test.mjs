@@ -4,7 +4,9 @@
 // writes, every form that ugf2csv can't convert must show ugf2csv's console
 // text and offer nothing, the map must be drawn, and no request may leave
 // the machine.
-//   node --test tests/web/page.test.mjs   (env: UGF_PAGE, UGF2CSV, UGF_INPUTS)
+// The history of a part made on the page must be byte for byte that of
+// `ugf archive`.
+//   node --test tests/web/page.test.mjs   (env: UGF_PAGE, UGF2CSV, UGF, UGF_INPUTS)
 import { test } from 'node:test';
 import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
@@ -52,17 +54,28 @@ async function save(page, link) {
   }
 }
 
-test('the page converts every survey as ugf2csv does, and nothing leaves the machine', { timeout: 600000 }, async () => {
+// The page in a new browser; `check` asserts that the page threw nothing and
+// that no request left the machine.
+async function openPage() {
   const browser = await chromium.launch({ executablePath: browser_path, args: ['--no-sandbox', '--disable-gpu',
     '--disable-background-networking', '--disable-component-update', '--no-first-run', '--disable-sync'] });
+  const context = await browser.newContext({ acceptDownloads: true });
+  const page = await context.newPage();
+  const schemes = new Set();
+  context.on('request', (r) => schemes.add(new URL(r.url()).protocol));
+  const errors = [];
+  page.on('pageerror', (e) => errors.push(e.message));
+  await page.goto('file://' + path.resolve(page_file));
+  const check = () => {
+    assert.deepEqual(errors, []);
+    assert.deepEqual([...schemes].filter((s) => !['file:', 'blob:', 'data:'].includes(s)), []);
+  };
+  return { browser, page, check };
+}
+
+test('the page converts every survey as ugf2csv does, and nothing leaves the machine', { timeout: 600000 }, async () => {
+  const { browser, page, check } = await openPage();
   try {
-    const context = await browser.newContext({ acceptDownloads: true });
-    const page = await context.newPage();
-    const schemes = new Set();
-    context.on('request', (r) => schemes.add(new URL(r.url()).protocol));
-    const errors = [];
-    page.on('pageerror', (e) => errors.push(e.message));
-    await page.goto('file://' + path.resolve(page_file));
     await page.setInputFiles('#files', inputs);
     await page.waitForFunction((n) => document.querySelectorAll('section.survey[data-done]').length === n,
       inputs.length, { timeout: 500000 });
@@ -123,9 +136,48 @@ test('the page converts every survey as ugf2csv does, and nothing leaves the mac
     assert.ok(lost.some((c) => c !== RED && c !== WHITE), `lost signal drawn as ${lost}`);
     assert.ok(await report.locator('div.legend svg rect').count() > 5);
 
-    assert.deepEqual(errors, []);
-    assert.deepEqual([...schemes].filter((s) => !['file:', 'blob:', 'data:'].includes(s)), []);
+    check();
   } finally {
     await browser.close();
+  }
+});
+
+// The tank floor's three inspections as the README keeps them in an archive,
+// the later two under names that hold their dates (both forms).
+test('the page makes the history of the tank floor as ugf archive does', { timeout: 300000 }, async () => {
+  const dir = fs.mkdtempSync(path.join(os.tmpdir(), 'ugf-history-'));
+  const files = [['', 'corrosion_2d'], ['_2029', 'corrosion_2d_2029-03-05'], ['_2032', 'corrosion_2d_20320301']].map(([from, to]) => {
+    fs.copyFileSync(path.join(process.env.UGF_INPUTS.split(path.delimiter)[0], `corrosion_2d${from}.ugf`), path.join(dir, `${to}.ugf`));
+    return path.join(dir, `${to}.ugf`);
+  });
+  const ugf = (...args) => execFileSync(process.env.UGF, ['archive', ...args, '--db', path.join(dir, 'tank4.ugfdb')], { cwd: dir, stdio: 'pipe' });
+  files.forEach((f, i) => ugf('add', '--part', 'TANK4', ...(i === 0 ? ['--date', '2026-03-02'] : []), f));
+  const options = ['--part', 'TANK4', '--minimum', '0.200', '--as-of', '2032-09-01'];
+  const expected = { 'TANK4_history.csv': ugf('history', ...options), 'TANK4_history.html': (ugf('report', ...options),
+    fs.readFileSync(path.join(dir, 'TANK4_history.html'))) };
+  const { browser, page, check } = await openPage();
+  try {
+    await page.setInputFiles('#files', files);
+    await page.waitForFunction(() => document.querySelectorAll('section.survey[data-done]').length === 3);
+    const dates = page.locator('#history-surveys input');
+    assert.deepEqual(await dates.evaluateAll((all) => all.map((i) => i.value)), ['', '2029-03-05', '2032-03-01']);
+    assert.equal(await page.inputValue('#part'), 'TANK 4 FLOOR');
+    await page.fill('#part', 'TANK4');
+    await page.fill('#minimum', '0.200');
+    await page.fill('#as-of', '2032-09-01');
+    await page.click('#run-history');
+    assert.equal(await page.textContent('#history-out p'), 'Left out: corrosion_2d.ugf (no date)');
+    await dates.first().fill('2026-03-02');
+    await page.click('#run-history');
+    await page.locator('#history-out p').waitFor({ state: 'detached' });
+    for (const [name, bytes] of Object.entries(expected)) {
+      const saved = await save(page, page.locator(`#history-out a[download="${name}"]`));
+      assert.ok(Buffer.compare(fs.readFileSync(saved), bytes) === 0, `${name}: the download differs`);
+    }
+    await page.frameLocator('#history-out iframe').locator('h1', { hasText: 'TANK4: inspection history' }).waitFor();
+    check();
+  } finally {
+    await browser.close();
+    fs.rmSync(dir, { recursive: true });
   }
 });

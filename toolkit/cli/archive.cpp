@@ -17,14 +17,13 @@
 #include "ugf/archive.hpp"
 #include "ugf/history.hpp"
 #include "ugf/history_page.hpp"
+#include "ugf/json.hpp"
 
 namespace ugf::kit {
 
 namespace {
 
-constexpr const char* HISTORY_PAGE_ENDING = "_history.html";
-
-enum Sub { ADD, LIST, MINIMUMS, HISTORY, REPORT, GET, SUBS };
+enum Sub { ADD, LIST, MINIMUMS, HISTORY, REPORT, GET, COPY, SUBS };
 
 struct ArchiveCommand {
     CLI::App* subs[SUBS] = {};
@@ -38,6 +37,7 @@ struct ArchiveCommand {
     double max_interval = 10;
     std::string out, out_dir;
     std::int64_t id = 0;
+    std::string from, to;  // copy
 };
 
 std::int32_t days_of(const std::string& text) {
@@ -52,11 +52,6 @@ const CLI::Validator DATE(
         return parse_date(text, days) != 0 ? std::string() : "not a date (YYYY-MM-DD or YYYYMMDD): " + text;
     },
     "DATE", "date");
-
-std::string trim(const std::string& text) {
-    const std::size_t first = text.find_first_not_of(" \t\r\n");
-    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
-}
 
 int fail(const std::string& why) {
     complain(why);
@@ -131,106 +126,21 @@ int run_list(const ArchiveCommand& c, Archive& archive) {
                           date_text(s.date).c_str(), static_cast<unsigned long long>(s.points),
                           static_cast<unsigned long long>(s.readings));
             text += line + s.file_name + "\n";
-            list.push_back({{"id", s.id}, {"date", date_text(s.date)}, {"file_name", s.file_name}, {"points", s.points},
-                            {"readings", s.readings}, {"file_type_name", s.facts.file_type_name},
-                            {"description", s.facts.description}, {"sha256", s.sha256}});
+            list.push_back({{"id", s.id}, {"date", date_text(s.date)}, {"file_name", json_text(s.file_name)},
+                            {"points", s.points}, {"readings", s.readings}, {"file_type_name", s.facts.file_type_name},
+                            {"description", json_text(s.facts.description)}, {"sha256", s.sha256}});
         }
-        json.push_back({{"part", part}, {"minimums", minimums.size()}, {"surveys", list}});
+        json.push_back({{"part", json_text(part)}, {"minimums", minimums.size()}, {"surveys", list}});
     }
     const std::string out = c.json ? json.dump(2) + "\n" : text;
     std::fwrite(out.data(), 1, out.size(), stdout);
     return 0;
 }
 
-// A CSV record and the line it begins on.
-struct Record {
-    std::size_t line = 0;
-    std::vector<std::string> fields;
-};
-
-// RFC 4180: fields apart by commas, a field in double quotes may hold commas,
-// line ends and doubled quotes. 0 with `why` ("line N: ...").
-int parse_csv(const std::string& text, std::vector<Record>& records, std::string& why) {
-    std::size_t line = 1, i = text.rfind("\xEF\xBB\xBF", 0) == 0 ? 3 : 0;
-    while (i < text.size()) {
-        Record r{line, {""}};
-        for (bool record_end = false; !record_end;) {
-            if (i < text.size() && text[i] == '"') {
-                for (++i;; ++i) {
-                    if (i >= text.size()) {
-                        why = "line " + std::to_string(r.line) + ": a quoted field is not closed";
-                        return 0;
-                    }
-                    if (text[i] == '"' && (i + 1 >= text.size() || text[i + 1] != '"')) break;
-                    if (text[i] == '"') ++i;
-                    if (text[i] == '\n') ++line;
-                    r.fields.back() += text[i];
-                }
-                ++i;  // past the closing quote
-                if (i < text.size() && text[i] != ',' && text[i] != '\n' && text.compare(i, 2, "\r\n") != 0) {
-                    why = "line " + std::to_string(line) + ": text after a closing quote";
-                    return 0;
-                }
-            }
-            for (; i < text.size() && text[i] != ',' && text[i] != '\n'; ++i) {
-                if (text[i] == '"') {
-                    why = "line " + std::to_string(line) + ": a quote inside a field that is not quoted";
-                    return 0;
-                }
-                if (text[i] != '\r' || (i + 1 < text.size() && text[i + 1] != '\n')) r.fields.back() += text[i];
-            }
-            if (i < text.size() && text[i] == ',') {
-                r.fields.emplace_back();
-            } else {
-                record_end = true;
-                ++line;
-            }
-            ++i;
-        }
-        if (r.fields.size() > 1 || !trim(r.fields[0]).empty()) records.push_back(std::move(r));
-    }
-    return 1;
-}
-
-// The rows of a table ID,MINIMUM[,UNITS]; a first row whose minimum is no
-// number is a header.
-int minimum_rows(const std::string& text, std::vector<MinimumRow>& rows, std::string& why) {
-    std::vector<Record> records;
-    if (parse_csv(text, records, why) == 0) return 0;
-    std::map<std::string, std::size_t> first_line;
-    for (const Record& r : records) {
-        const std::string at = "line " + std::to_string(r.line) + ": ";
-        if (r.fields.size() < 2 || r.fields.size() > 3) {
-            why = at + "ID,MINIMUM or ID,MINIMUM,UNITS expected, found " + std::to_string(r.fields.size()) +
-                  (r.fields.size() == 1 ? " field" : " fields");
-            return 0;
-        }
-        MinimumRow row{trim(r.fields[0]), 0, r.fields.size() == 3 ? trim(r.fields[2]) : ""};
-        const std::string value = trim(r.fields[1]);
-        char* end = nullptr;
-        row.value = std::strtod(value.c_str(), &end);
-        if (value.empty() || *end != '\0' || !std::isfinite(row.value)) {
-            if (&r == &records.front()) continue;  // the header
-            why = at + "the minimum is not a number: " + value;
-            return 0;
-        }
-        for (char& ch : row.units) ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
-        if (row.id.empty()) why = at + "no identifier";
-        else if (!(row.value > 0)) why = at + "the minimum must be above 0: " + value;
-        else if (!row.units.empty() && row.units != "IN" && row.units != "MM") why = at + "the units must be IN or MM: " + trim(r.fields[2]);
-        else if (const auto [first, added] = first_line.emplace(row.id, r.line); !added) {
-            why = at + row.id + " is given twice (first on line " + std::to_string(first->second) + ")";
-        }
-        if (!why.empty()) return 0;
-        rows.push_back(std::move(row));
-    }
-    return 1;
-}
-
 int run_minimums(const ArchiveCommand& c, Archive& archive) {
     std::string text, why;
     std::vector<MinimumRow> rows;
-    if (read_bytes(c.table, text, why) == 0 || minimum_rows(text, rows, why) == 0) return fail(c.table + ": " + why);
+    if (read_bytes(c.table, text, why) == 0 || parse_minimums(text, rows, why) == 0) return fail(c.table + ": " + why);
     if (archive_set_minimums(archive, c.part, rows, why) == 0) return fail(why);
     std::fprintf(stderr, "kept %zu required thicknesses for %s\n", rows.size(), c.part.c_str());
     return 0;
@@ -264,15 +174,6 @@ int run_history(const ArchiveCommand& c, Archive& archive) {
 
 // A part name fit for a file name: separators, characters that some systems
 // refuse and control characters become "_".
-std::string safe_name(const std::string& part) {
-    std::string name = part;
-    for (char& ch : name) {
-        if (static_cast<unsigned char>(ch) < 0x20 || std::strchr("/\\:*?\"<>|", ch) != nullptr) ch = '_';
-    }
-    if (name.empty() || name[0] == '.') name.insert(0, "_");
-    return name;
-}
-
 int run_report(const ArchiveCommand& c, Archive& archive) {
     std::vector<DatedSurvey> surveys;
     History history;
@@ -289,7 +190,7 @@ int run_report(const ArchiveCommand& c, Archive& archive) {
         history_page(history, surveys, grids, page, why) == 0) {
         return fail("survey " + std::to_string(latest) + " (" + name + "): " + why);
     }
-    const std::string target = (c.out_dir.empty() ? "" : c.out_dir + "/") + safe_name(c.part) + HISTORY_PAGE_ENDING;
+    const std::string target = (c.out_dir.empty() ? "" : c.out_dir + "/") + history_output_name(c.part, HISTORY_PAGE_ENDING);
     if (write_file_atomically(target, page, false, why) == 0) return fail(why);
     std::fprintf(stderr, "reported %s (%zu points, %zu surveys) in %s\n", c.part.c_str(), history.rows.size(),
                  surveys.size(), target.c_str());
@@ -309,10 +210,25 @@ int run_get(const ArchiveCommand& c, Archive& archive) {
     return 0;
 }
 
+// Every survey and required thickness of one archive into another (created
+// where it doesn't exist), a file or a server either way.
+int run_copy(const ArchiveCommand& c) {
+    Archive from, to;
+    std::string why;
+    if (archive_open(from, c.from, false, why) == 0 || archive_open(to, c.to, true, why) == 0) return fail(why);
+    CopyCounts counts;
+    const int ok = archive_copy(from, to, counts, why);
+    std::fprintf(stderr, "copied %llu surveys from %s to %s (%llu already there), and %llu tables of required thicknesses\n",
+                 static_cast<unsigned long long>(counts.copied), from.name.c_str(), to.name.c_str(),
+                 static_cast<unsigned long long>(counts.skipped), static_cast<unsigned long long>(counts.minimum_tables));
+    return ok != 0 ? 0 : fail(why);
+}
+
 int run_archive(const ArchiveCommand& c) {
     int sub = 0;
     while (sub < SUBS && !c.subs[sub]->parsed()) ++sub;
     if (sub == SUBS) return 2;
+    if (sub == COPY) return run_copy(c);
     if (c.db.empty()) {
         complain("no archive: give --db FILE or set UGF_ARCHIVE");
         return 2;
@@ -414,6 +330,15 @@ Run add_archive(CLI::App& app) {
     CLI::App* get = c->subs[GET] = cmd->add_subcommand("get", "Write a stored survey's original file, byte for byte");
     db(get);
     get->add_option("ID", c->id, "The survey's id (ugf archive list shows them)")->required()->check(CLI::PositiveNumber);
+
+    CLI::App* copy = c->subs[COPY] = cmd->add_subcommand(
+        "copy", "Copy every survey and required thickness of one archive into another (a file or a server, either way)");
+    copy->add_option("--from", c->from, "The archive to copy: a file or a postgresql:// URI")->required();
+    copy->add_option("--to", c->to, "The archive to copy into (created where it doesn't exist): a file or a postgresql:// URI")
+        ->required();
+    copy->footer("Surveys are copied in the order they were stored, each in one transaction; a survey whose\n"
+                 "bytes the target already holds is skipped, so a copy run again copies only what is new.\n"
+                 "Into an archive without other surveys of these parts, the copy's histories are the original's.");
     get->add_option("--out-dir", c->out_dir, "Write it here, under its file name (default: the current folder)");
     return [c] { return run_archive(*c); };
 }

@@ -9,6 +9,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "ugf/json.hpp"
 #include "ugf/stats.hpp"
 
 namespace ugf::kit {
@@ -381,15 +382,15 @@ nlohmann::ordered_json history_json(const History& h) {
     using json = nlohmann::ordered_json;
     auto number = [](double v) { return std::isnan(v) ? json(nullptr) : json(v); };
     auto date = [](std::int32_t d) { return d == NO_DATE ? json(nullptr) : json(date_text(d)); };
-    auto text = [](const std::string& t) { return t.empty() ? json(nullptr) : json(t); };
+    auto text = [](const std::string& t) { return t.empty() ? json(nullptr) : json(json_text(t)); };
     json surveys = json::array();
-    for (const HistorySurvey& s : h.surveys) surveys.push_back({{"id", s.id}, {"date", date_text(s.date)}, {"name", s.name}});
+    for (const HistorySurvey& s : h.surveys) surveys.push_back({{"id", s.id}, {"date", date_text(s.date)}, {"name", json_text(s.name)}});
     json rows = json::array();
     for (const HistoryRow& r : h.rows) {
         json readings = json::array();
         for (const Reading& x : r.readings) readings.push_back({{"date", date_text(x.date)}, {"value", x.value}, {"survey", x.survey}});
         rows.push_back({
-            {"id", r.id},
+            {"id", json_text(r.id)},
             {"status", history_status_text(r.status)},
             {"readings", readings},
             {"first_date", date(r.first_date)},
@@ -411,8 +412,8 @@ nlohmann::ordered_json history_json(const History& h) {
         });
     }
     return {
-        {"part", h.part},
-        {"units", h.units},
+        {"part", json_text(h.part)},
+        {"units", json_text(h.units)},
         {"decimals", h.decimals},
         {"latest_date", date(h.latest_date)},
         {"as_of", date(h.as_of)},

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <map>
 #include <tuple>
 
@@ -351,6 +352,15 @@ int history_page(const History& h, const std::vector<DatedSurvey>& surveys, cons
     }
     page += page_end();
     return 1;
+}
+
+std::string history_output_name(const std::string& part, const std::string& ending) {
+    std::string name = part;
+    for (char& ch : name) {
+        if (static_cast<unsigned char>(ch) < 0x20 || std::strchr("/\\:*?\"<>|", ch) != nullptr) ch = '_';
+    }
+    if (name.empty() || name[0] == '.') name.insert(0, "_");
+    return name + ending;
 }
 
 }  // namespace ugf::kit

@@ -1,5 +1,7 @@
 #include "ugf/stats.hpp"
 
+#include "ugf/json.hpp"
+
 #include <cmath>
 #include <cstdio>
 #include <map>
@@ -138,9 +140,9 @@ nlohmann::ordered_json stats_json(const Stats& s) {
     using json = nlohmann::ordered_json;
     auto number = [](double v) { return std::isnan(v) ? json(nullptr) : json(v); };
     json j = {
-        {"file", s.path},
+        {"file", json_text(s.path)},
         {"instrument", s.instrument},
-        {"model", s.model},
+        {"model", json_text(s.model)},
         {"file_type_name", s.file_type_name},
         {"units", s.units},
         {"points", s.points},
@@ -148,9 +150,9 @@ nlohmann::ordered_json stats_json(const Stats& s) {
         {"empty", s.empty},
         {"lost", s.lost},
         {"velocity_checks", s.velocity},
-        {"minimum", s.readings != 0 ? json{{"value", number(s.min)}, {"text", s.min_text}, {"id", s.min_id}}
+        {"minimum", s.readings != 0 ? json{{"value", number(s.min)}, {"text", json_text(s.min_text)}, {"id", json_text(s.min_id)}}
                                     : json(nullptr)},
-        {"maximum", s.readings != 0 ? json{{"value", number(s.max)}, {"text", s.max_text}, {"id", s.max_id}}
+        {"maximum", s.readings != 0 ? json{{"value", number(s.max)}, {"text", json_text(s.max_text)}, {"id", json_text(s.max_id)}}
                                     : json(nullptr)},
         {"mean", number(s.mean)},
         {"stddev", number(s.stddev)},

@@ -208,4 +208,6 @@ int write_survey_json(Survey& survey, const std::function<void(std::string_view)
     return 1;
 }
 
+std::string json_text(std::string_view bytes) { return utf8_text(bytes); }
+
 }  // namespace ugf::kit
