@@ -513,7 +513,7 @@ std::unique_ptr<PyArchive> open_archive(const std::filesystem::path& where, bool
 // The module's arguments, as messages that ask for a date or a part name them.
 const AskFor MODULE_ASKS{"date=\"YYYY-MM-DD\"", "part=\"NAME\""};
 
-std::int64_t add(PyArchive& a, const std::filesystem::path& file, py::handle date, const std::string& part) {
+std::int64_t add(PyArchive& a, const std::filesystem::path& file, py::handle date, const std::optional<std::string>& part) {
     const std::optional<std::int32_t> days = days_of(date, "date");
     const std::string& path = file.native();
     std::int64_t id = 0, existing = 0;
@@ -524,7 +524,7 @@ std::int64_t add(PyArchive& a, const std::filesystem::path& file, py::handle dat
     {
         // Threads read their surveys at once; only the stores take turns.
         py::gil_scoped_release release;
-        ok = read_new_survey(path, days, part, MODULE_ASKS, survey, why);
+        ok = read_new_survey(path, days, part.value_or(""), MODULE_ASKS, survey, why);
         if (ok != 0) {
             std::lock_guard<std::mutex> guard(a.lock);
             closed = a.archive.ops == nullptr;
@@ -911,13 +911,13 @@ PYBIND11_MODULE(_ugf, m) {
         .def_property_readonly("name", [](PyArchive& a) { return text(a.name); },
             "The archive as messages name it: the file's path, or HOST/DATABASE of a\n"
             "server (never a user or a password).")
-        .def("add", &add, py::arg("path"), py::arg("date") = py::none(), py::arg("part") = "",
+        .def("add", &add, py::arg("path"), py::arg("date") = py::none(), py::arg("part") = py::none(),
             "Stores the survey file at path (a str or os.PathLike) and returns its new\n"
             "id, as `ugf archive add` does. date: a datetime.date, a str YYYY-MM-DD or\n"
             "YYYYMMDD, or None for the last date in the file name, else in a folder\n"
-            "name above it (without one, ugf.Error says how to give it). part: else\n"
-            "the survey's description, else the file name without its date and\n"
-            "extension. The same bytes a second time raise ugf.DuplicateError; a\n"
+            "name above it (without one, ugf.Error says how to give it). part: None\n"
+            "(or \"\") for the survey's description, else the file name without its\n"
+            "date and extension. The same bytes a second time raise ugf.DuplicateError; a\n"
             "survey that can't be read raises ugf.Error with the message that `ugf\n"
             "convert` prints; either way nothing is stored.")
         .def("parts", &parts, "The names of the parts, in byte order.")

@@ -180,7 +180,8 @@ def test_adds_on_threads_at_once(tmp_path):
         paths[-1].write_bytes(data[:-1] + bytes([n]))
     with ugf.Archive(str(tmp_path / "a.ugfdb")) as archive:
         with concurrent.futures.ThreadPoolExecutor(4) as pool:
-            ids = list(pool.map(archive.add, paths))
-            pool.map(lambda _: archive.parts(), range(20))
-        assert sorted(ids) == list(range(1, 41))
+            adds = [pool.submit(archive.add, path) for path in paths]
+            lists = [pool.submit(archive.surveys) for _ in range(20)]
+            ids = [add.result() for add in adds]
+        assert sorted(ids) == list(range(1, 41)) and all(len(s.result()["id"]) <= 40 for s in lists)
         assert [d.year for d in archive.surveys()["date"]] == list(range(2000, 2040))
