@@ -61,6 +61,13 @@ void atomic_abandon(AtomicFile& out);
 // Writes `bytes` to `target` through an AtomicFile.
 int write_file_atomically(const std::string& target, const std::string& bytes, bool text, std::string& why);
 
+// Reads the whole file into `bytes`. 0 with `why` ("cannot open: REASON",
+// "cannot read: REASON").
+int read_file(const std::string& path, std::string& bytes, std::string& why);
+
+// The last part of a path (after its last "/" or "\\").
+std::string last_part(const std::string& path);
+
 #if defined(_WIN32)
 // The wide-character command line of a Windows program as UTF-8 texts, and
 // an argv over them.

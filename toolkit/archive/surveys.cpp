@@ -21,22 +21,7 @@ std::string trim(const std::string& text) {
     return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
 }
 
-std::string last_part(const std::string& path) { return path.substr(path.find_last_of("/\\") + 1); }
 
-int read_bytes(const std::string& path, std::string& bytes, std::string& why) {
-    std::FILE* file = std::fopen(path.c_str(), "rb");
-    if (file == nullptr) {
-        why = std::string("cannot open: ") + std::strerror(errno);
-        return 0;
-    }
-    bytes.clear();
-    char buffer[1 << 16];
-    for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, file)) != 0;) bytes.append(buffer, n);
-    const bool failed = std::ferror(file) != 0;
-    std::fclose(file);
-    if (failed) why = "cannot read: " + std::string(std::strerror(errno));
-    return failed ? 0 : 1;
-}
 
 // The part a file name names: the name without its extension and its date,
 // and without the separator before the date ("tank4_2026-03-01.ugf" is
@@ -82,7 +67,7 @@ int read_new_survey(const std::string& path, std::optional<std::int32_t> date, c
         why = "no date: name it in the file name (tank4_2026-03-01.ugf) or give " + ask.date;
         return 0;
     }
-    if (read_bytes(path, s.bytes, why) == 0) return 0;
+    if (read_file(path, s.bytes, why) == 0) return 0;
     Survey survey;
     if (open_survey_memory(survey, reinterpret_cast<const std::uint8_t*>(s.bytes.data()), s.bytes.size(), why) == 0) {
         return 0;

@@ -15,6 +15,7 @@
 
 #include "cli/commands.h"
 #include "ugf/archive.hpp"
+#include "ugf/files.hpp"
 #include "ugf/history.hpp"
 #include "ugf/history_page.hpp"
 #include "ugf/json.hpp"
@@ -58,22 +59,7 @@ int fail(const std::string& why) {
     return 1;
 }
 
-std::string last_part(const std::string& path) { return path.substr(path.find_last_of("/\\") + 1); }
 
-int read_bytes(const std::string& path, std::string& bytes, std::string& why) {
-    std::FILE* file = std::fopen(path.c_str(), "rb");
-    if (file == nullptr) {
-        why = std::string("cannot open: ") + std::strerror(errno);
-        return 0;
-    }
-    bytes.clear();
-    char buffer[1 << 16];
-    for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, file)) != 0;) bytes.append(buffer, n);
-    const bool failed = std::ferror(file) != 0;
-    std::fclose(file);
-    if (failed) why = "cannot read: " + std::string(std::strerror(errno));
-    return failed ? 0 : 1;
-}
 
 // Reads and stores one survey; "" or what went wrong.
 std::string store_survey(const ArchiveCommand& c, Archive& archive, const Input& input) {
@@ -140,7 +126,7 @@ int run_list(const ArchiveCommand& c, Archive& archive) {
 int run_minimums(const ArchiveCommand& c, Archive& archive) {
     std::string text, why;
     std::vector<MinimumRow> rows;
-    if (read_bytes(c.table, text, why) == 0 || parse_minimums(text, rows, why) == 0) return fail(c.table + ": " + why);
+    if (read_file(c.table, text, why) == 0 || parse_minimums(text, rows, why) == 0) return fail(c.table + ": " + why);
     if (archive_set_minimums(archive, c.part, rows, why) == 0) return fail(why);
     std::fprintf(stderr, "kept %zu required thicknesses for %s\n", rows.size(), c.part.c_str());
     return 0;

@@ -1,22 +1,22 @@
 #include "ugf/files.hpp"
 
+#include "base/files.h"
 #include "run/output_name.h"
 
 #include <algorithm>
 #include <cctype>
-#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <filesystem>
+#include <random>
 #include <system_error>
+#include <vector>
 
 #if defined(_WIN32)
 #include <fcntl.h>
 #include <io.h>
 #include <windows.h>
-
-#include "base/files.h"
 #else
 #include <fcntl.h>
 #include <unistd.h>
@@ -39,15 +39,16 @@ std::string to_utf8(const fs::path& path) {
 
 std::string error_text(int error) { return std::strerror(error); }
 
-// A name for a temporary file that no other run or thread picks.
+// A name for a temporary file that no other run or thread is likely to
+// pick: the time and a random number (the caller creates it exclusively and
+// picks again where the name is taken).
 std::string temporary_name(const std::string& target) {
-    static std::atomic<unsigned> counter{0};
     const auto now = static_cast<unsigned long long>(
         std::chrono::steady_clock::now().time_since_epoch().count());
     const fs::path t = to_path(target);
     std::string name = ".";
     name += to_utf8(t.filename());
-    name += ".tmp" + std::to_string(now % 1000000007ull) + "-" + std::to_string(counter.fetch_add(1));
+    name += ".tmp" + std::to_string(now % 1000000007ull) + "-" + std::to_string(std::random_device{}());
     return to_utf8(t.parent_path() / to_path(name));
 }
 
@@ -190,6 +191,24 @@ int write_file_atomically(const std::string& target, const std::string& bytes, b
     }
     return atomic_commit(out, why);
 }
+
+int read_file(const std::string& path, std::string& bytes, std::string& why) {
+    std::FILE* file = open_file(path.c_str(), "rb");
+    if (file == nullptr) {
+        why = "cannot open: " + error_text(errno);
+        return 0;
+    }
+    bytes.clear();
+    std::vector<char> buffer(1 << 16);
+    for (std::size_t n; (n = std::fread(buffer.data(), 1, buffer.size(), file)) != 0;) bytes.append(buffer.data(), n);
+    const bool failed = std::ferror(file) != 0;
+    const int error = errno;
+    std::fclose(file);
+    if (failed) why = "cannot read: " + error_text(error);
+    return failed ? 0 : 1;
+}
+
+std::string last_part(const std::string& path) { return path.substr(path.find_last_of("/\\") + 1); }
 
 #if defined(_WIN32)
 Arguments utf8_arguments(int argc, wchar_t** argv) {
