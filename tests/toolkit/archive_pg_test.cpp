@@ -15,6 +15,7 @@
 
 #include "archive_support.h"
 #include "ugf/history.hpp"
+#include "ugf/history_page.hpp"
 
 namespace fs = std::filesystem;
 using namespace ugf::kit;
@@ -145,8 +146,13 @@ std::string dump(Archive& archive) {
                        std::to_string(p.ascan + 2 * p.bscan);
             out += "\n";
         }
+        // The history and its page (with a profile: these surveys' bytes make
+        // no grid) from what each store gives back.
         History history;
-        if (!dated.empty() && make_history(part, dated, options, history, why)) out += history_csv(history);
+        std::string page;
+        if (!dated.empty() && make_history(part, dated, options, history, why) &&
+            history_page(history, dated, {}, page, why))
+            out += history_csv(history) + page;
     }
     return out;
 }
