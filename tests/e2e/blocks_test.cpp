@@ -32,7 +32,7 @@ TEST(ScanBlocks, LimitsAndFlagsDecideWhetherABlockReads) {
         const char* form;
         int outcome;  // 0 converts, 1 fails silently, 2 reads past the end
     } cases[] = {
-        {"thickness A-scan of 318 samples across a page boundary", linked(5, 2, 24, 8190), "g", 0},
+        {"thickness A-scan of 318 samples", linked(5, 2), "g", 0},
         {"thickness A-scan of 319 samples", linked(5, 2), "g", 1},
         {"thickness A-scan of 319 samples cut in its fixed fields, which are read first", linked(5, 2), "g", 2},
         {"flaw A-scan of 318 samples", linked(7, 2), "g", 0},
@@ -51,7 +51,7 @@ TEST(ScanBlocks, LimitsAndFlagsDecideWhetherABlockReads) {
     // The blocks, case by case.
     ThicknessAscanImage t = thickness;
     t.sample_count = 318;
-    write_ascan_thickness(cases[0].image, 8190, t);
+    write_ascan_thickness(cases[0].image, BLOCK, t);
     t.sample_count = 319;
     write_ascan_thickness(cases[1].image, BLOCK, t);
     write_ascan_thickness(cases[2].image, BLOCK, t);
@@ -201,6 +201,43 @@ TEST(ScanBlocks, PeakDataSwapsItsBytePairs) {
     const Conversion c = convert(image, "d");
     EXPECT_NE(c.output.value_or("").find("\n,PEAK MAX DATA [4][0][0][0]\n,2,1,4,3,\n,"), std::string::npos)
         << c.output.value_or("");
+}
+
+// The file is read in pages of 64 KiB. A block whose samples run from one
+// page into the next is written as the same block inside a page: each case
+// puts its samples' start 101 bytes before a page's end, so that a byte pair
+// is cut too.
+TEST(ScanBlocks, SamplesReadTheSameAcrossAPageBoundary) {
+    constexpr std::size_t PAGE_END = 65536, BEFORE = 101;
+    std::vector<std::uint8_t> bytes(300);
+    for (std::size_t k = 0; k < bytes.size(); ++k) bytes[k] = static_cast<std::uint8_t>(k * 7 + 1);
+    const std::vector<std::uint16_t> words(bytes.begin(), bytes.end());
+    const FlawAscanImage flaw{.peak_shown = 1, .peak_stored = 1, .max_samples = bytes, .min_samples = bytes,
+                              .peak_bytes = bytes};
+    const ThicknessAscanImage thickness{.min_samples = words, .max_samples = words};
+    const struct {
+        const char* what;
+        std::uint32_t gage;
+        std::size_t samples_at;  // in the block
+        const char* lines;       // of the samples, as the form writes them
+    } cases[] = {
+        {"flaw waveform", 7, 34, "\n,MAX DATA [300][0][0][0]\n,1,8,15,"},
+        {"flaw peak data", 7, 670, "\n,PEAK MAX DATA [300][0][0][0]\n,8,1,22,15,"},
+        {"thickness waveform", 5, 16, "1,8,15,22,"},
+        {"thickness maxima", 5, 652, "1,8,15,22,"},
+    };
+    for (const auto& c : cases) {
+        Conversion runs[2];
+        for (const std::size_t block : {BLOCK, PAGE_END - BEFORE - c.samples_at}) {
+            ImageBuilder image = linked(c.gage, 2, 24, static_cast<std::uint32_t>(block));
+            if (c.gage == 7) write_ascan_flaw(image, block, flaw);
+            else write_ascan_thickness(image, block, thickness);
+            runs[block == BLOCK ? 0 : 1] = convert(image, "d");
+        }
+        EXPECT_EQ(runs[1].run.status, 0) << c.what;
+        EXPECT_NE(runs[0].output.value_or("").find(c.lines), std::string::npos) << c.what;
+        EXPECT_EQ(runs[1].output, runs[0].output) << c.what;
+    }
 }
 
 }  // namespace
