@@ -212,27 +212,21 @@ TEST_F(PgArchiveTest, ManyWritersStoreEachFileOnceAndTellTheOthers) {
     // 200 adds of 120 files, into a database that has no archive yet: the
     // processes also race to make the schema.
     constexpr int PROCESSES = 8, EACH = 25, FILES = 120;
-    std::vector<pid_t> children;
-    for (int p = 0; p < PROCESSES; ++p) {
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            Archive archive;
-            std::ofstream out(server->folder + "/adds" + std::to_string(p));
-            if (!archive_open(archive, uri, true, why)) std::fprintf(stderr, "%s\n", why.c_str()), _exit(1);
-            for (int i = 0; i < EACH; ++i) {
-                const int f = (p * 37 + i * 11) % FILES;
-                std::int64_t id = 0, existing = 0;
-                const bool added = archive_add(archive, make_survey("tank" + std::to_string(f % 3), f,
-                                                                    "file " + std::to_string(f), 200), id, existing, why);
-                if (!added && existing == 0) std::fprintf(stderr, "%s\n", why.c_str()), _exit(2);
-                out << f << ' ' << id << ' ' << existing << std::endl;
-            }
-            _exit(0);
+    const std::vector<int> statuses = statuses_of_processes(PROCESSES, [&](int p) {
+        Archive archive;
+        std::ofstream out(server->folder + "/adds" + std::to_string(p));
+        if (!archive_open(archive, uri, true, why)) return std::fprintf(stderr, "%s\n", why.c_str()), 1;
+        for (int i = 0; i < EACH; ++i) {
+            const int f = (p * 37 + i * 11) % FILES;
+            std::int64_t id = 0, existing = 0;
+            const bool added = archive_add(archive, make_survey("tank" + std::to_string(f % 3), f,
+                                                                "file " + std::to_string(f), 200), id, existing, why);
+            if (!added && existing == 0) return std::fprintf(stderr, "%s\n", why.c_str()), 2;
+            out << f << ' ' << id << ' ' << existing << std::endl;
         }
-        children.push_back(child);
-    }
-    for (pid_t child : children) EXPECT_EQ(exit_status(child), 0);
+        return 0;
+    });
+    EXPECT_EQ(statuses, std::vector<int>(PROCESSES, 0));
     std::map<int, std::int64_t> holder;
     std::vector<std::pair<int, std::int64_t>> told;
     for (int p = 0; p < PROCESSES; ++p) {

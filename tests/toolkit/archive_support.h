@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <limits>
@@ -78,6 +79,21 @@ inline int exit_status(pid_t child) {
     int status = 0;
     if (waitpid(child, &status, 0) != child || !WIFEXITED(status)) return -1;
     return WEXITSTATUS(status);
+}
+
+// Runs `body(p)` in processes p = 0 to count - 1 at once, each ending with
+// the status the body returns; their statuses in the order of p.
+template <typename Body>
+std::vector<int> statuses_of_processes(int count, const Body& body) {
+    std::vector<pid_t> children;
+    for (int p = 0; p < count; ++p) {
+        const pid_t child = fork();
+        if (child == 0) _exit(body(p));
+        children.push_back(child);
+    }
+    std::vector<int> statuses;
+    for (pid_t child : children) statuses.push_back(child < 0 ? -1 : exit_status(child));
+    return statuses;
 }
 
 }  // namespace ugf::kit

@@ -270,35 +270,27 @@ TEST_F(ArchiveTest, MinimumsAreReplacedAsAWhole) {
 TEST_F(ArchiveTest, ProcessesAddingAtOnceAllSucceed) {
     // The archive does not exist yet: the processes also race to create it.
     constexpr int PROCESSES = 4, EACH = 5, POINTS = 3000;
-    std::vector<pid_t> children;
-    for (int p = 0; p < PROCESSES; ++p) {
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            Archive archive;
-            std::string why;
-            int code = archive_open(archive, path, true, why) ? 0 : 1;
-            for (int i = 0; i < EACH && code == 0; ++i) {
-                std::int64_t id = 0, existing = 0;
-                const std::string bytes = "process " + std::to_string(p) + " survey " + std::to_string(i);
-                if (!archive_add(archive, make_survey("tank" + std::to_string(p), i, bytes, POINTS), id, existing, why))
-                    code = 2;
-            }
-            // The same bytes from every process: one adds them, the others are told.
+    std::vector<int> codes = statuses_of_processes(PROCESSES, [&](int p) {
+        Archive archive;
+        std::string why;
+        int code = archive_open(archive, path, true, why) ? 0 : 1;
+        for (int i = 0; i < EACH && code == 0; ++i) {
             std::int64_t id = 0, existing = 0;
-            if (code == 0) {
-                code = archive_add(archive, make_survey("shared", 9, "shared bytes", POINTS), id, existing, why) ? 10
-                       : existing > 0 && why.rfind("the same file is already stored as survey", 0) == 0 ? 11
-                                                                                                          : 3;
-            }
-            if (code < 10) std::fprintf(stderr, "process %d: %s\n", p, why.c_str());
-            archive_close(archive);
-            _exit(code);
+            const std::string bytes = "process " + std::to_string(p) + " survey " + std::to_string(i);
+            if (!archive_add(archive, make_survey("tank" + std::to_string(p), i, bytes, POINTS), id, existing, why))
+                code = 2;
         }
-        children.push_back(child);
-    }
-    std::vector<int> codes;
-    for (pid_t child : children) codes.push_back(exit_status(child));
+        // The same bytes from every process: one adds them, the others are told.
+        std::int64_t id = 0, existing = 0;
+        if (code == 0) {
+            code = archive_add(archive, make_survey("shared", 9, "shared bytes", POINTS), id, existing, why) ? 10
+                   : existing > 0 && why.rfind("the same file is already stored as survey", 0) == 0 ? 11
+                                                                                                      : 3;
+        }
+        if (code < 10) std::fprintf(stderr, "process %d: %s\n", p, why.c_str());
+        archive_close(archive);
+        return code;
+    });
     std::sort(codes.begin(), codes.end());
     EXPECT_EQ(codes, (std::vector<int>{10, 11, 11, 11}));
 
