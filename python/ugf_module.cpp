@@ -76,16 +76,15 @@ py::array_t<T> array_of(const std::vector<T>& values) {
     return a;
 }
 
-py::array_t<bool> bools(const std::vector<bool>& values) {
-    py::array_t<bool> a(static_cast<py::ssize_t>(values.size()));
-    for (std::size_t i = 0; i < values.size(); ++i) a.mutable_data()[i] = values[i];
-    return a;
+// A numpy array of Python objects (texts, dates, None).
+py::object object_column(const py::list& items) {
+    return py::module_::import("numpy").attr("array")(items, py::arg("dtype") = "object");
 }
 
 py::object object_array(const std::vector<std::string>& values) {
     py::list items;
     for (const std::string& v : values) items.append(text(v));
-    return py::module_::import("numpy").attr("array")(items, py::arg("dtype") = "object");
+    return object_column(items);
 }
 
 // A table of equal columns: a pandas.DataFrame where pandas can be
@@ -97,6 +96,35 @@ py::object table(py::dict columns) {
         return columns;
     }
 }
+
+// A table made column by column from rows: each column holds one field of
+// every row, as a numpy array of the field's type; texts (decoded as `text`
+// does) and other Python objects, such as dates, as an array of objects.
+template <typename Row>
+struct Columns {
+    const std::vector<Row>& rows;
+    py::dict columns{};
+
+    template <typename Field>
+    Columns& add(const char* name, Field field) {
+        using T = std::decay_t<decltype(field(std::declval<const Row&>()))>;
+        if constexpr (std::is_same_v<T, std::string> || std::is_same_v<T, py::object>) {
+            py::list items;
+            for (const Row& r : rows) {
+                if constexpr (std::is_same_v<T, std::string>) items.append(text(field(r)));
+                else items.append(field(r));
+            }
+            columns[name] = object_column(items);
+        } else {
+            py::array_t<T> a(static_cast<py::ssize_t>(rows.size()));
+            T* out = a.mutable_data();
+            for (const Row& r : rows) *out++ = field(r);
+            columns[name] = a;
+        }
+        return *this;
+    }
+    py::object done() const { return table(columns); }
+};
 
 struct PySurvey {
     Survey survey;
@@ -182,46 +210,25 @@ py::object points(PySurvey& s) {
         }, why);
     }
     if (ok == 0) s.fail(why);
-    std::vector<std::string> id, txt, units, note_texts, alarm;
-    std::vector<double> value, low_alarm;
-    std::vector<bool> lost, empty, velocity, ascan, bscan;
-    std::vector<std::int64_t> index, setup, notes;
-    for (const Point& p : all) {
-        id.push_back(p.id);
-        txt.push_back(p.text);
-        units.push_back(p.units);
-        notes.push_back(p.notes);
-        note_texts.push_back(note_text(facts, p.notes));
-        alarm.push_back(p.alarm);
-        value.push_back(p.value);
-        low_alarm.push_back(p.low_alarm);
-        lost.push_back(p.lost);
-        empty.push_back(p.empty);
-        velocity.push_back(p.velocity);
-        ascan.push_back(p.ascan);
-        bscan.push_back(p.bscan);
-        index.push_back(p.index);
-        setup.push_back(p.setup);
-    }
     // The columns are the point fields of the JSON export, in its order, and
     // note_text: what the detailed form shows for the note mask.
-    py::dict columns;
-    columns["index"] = array_of(index);
-    columns["id"] = object_array(id);
-    columns["text"] = object_array(txt);
-    columns["value"] = array_of(value);
-    columns["empty"] = bools(empty);
-    columns["lost"] = bools(lost);
-    columns["velocity"] = bools(velocity);
-    columns["units"] = object_array(units);
-    columns["notes"] = array_of(notes);
-    columns["note_text"] = object_array(note_texts);
-    columns["setup"] = array_of(setup);
-    columns["alarm"] = object_array(alarm);
-    columns["low_alarm"] = array_of(low_alarm);
-    columns["ascan"] = bools(ascan);
-    columns["bscan"] = bools(bscan);
-    return table(columns);
+    return Columns<Point>{all}
+        .add("index", [](const Point& p) { return p.index; })
+        .add("id", [](const Point& p) { return p.id; })
+        .add("text", [](const Point& p) { return p.text; })
+        .add("value", [](const Point& p) { return p.value; })
+        .add("empty", [](const Point& p) { return p.empty; })
+        .add("lost", [](const Point& p) { return p.lost; })
+        .add("velocity", [](const Point& p) { return p.velocity; })
+        .add("units", [](const Point& p) { return p.units; })
+        .add("notes", [](const Point& p) { return std::int64_t{p.notes}; })
+        .add("note_text", [&](const Point& p) { return note_text(facts, p.notes); })
+        .add("setup", [](const Point& p) { return std::int64_t{p.setup}; })
+        .add("alarm", [](const Point& p) { return p.alarm; })
+        .add("low_alarm", [](const Point& p) { return p.low_alarm; })
+        .add("ascan", [](const Point& p) { return p.ascan; })
+        .add("bscan", [](const Point& p) { return p.bscan; })
+        .done();
 }
 
 std::vector<Grid> grids_of(PySurvey& s) {
@@ -410,34 +417,22 @@ py::object compare(const SurveyOrPath& first, const SurveyOrPath& second, std::o
         ok = compare_surveys(baseline.survey, latest.survey, {years, minimum}, c, why);
     }
     if (ok == 0) throw Error(why);
-    std::vector<std::string> id, status, baseline_text, latest_text;
-    std::vector<double> b, l, loss, share, rate, limit, life;
-    for (const CompareRow& r : c.rows) {
-        id.push_back(r.id);
-        status.push_back(r.status == CompareRow::BOTH ? "both" : r.status == CompareRow::BASELINE_ONLY ? "baseline only" : "latest only");
-        baseline_text.push_back(r.baseline_text);
-        latest_text.push_back(r.latest_text);
-        b.push_back(r.baseline);
-        l.push_back(r.latest);
-        loss.push_back(r.loss);
-        share.push_back(r.share);
-        rate.push_back(r.rate);
-        limit.push_back(r.limit);
-        life.push_back(r.life);
-    }
-    py::dict columns;
-    columns["id"] = object_array(id);
-    columns["status"] = object_array(status);
-    columns["baseline_text"] = object_array(baseline_text);
-    columns["latest_text"] = object_array(latest_text);
-    columns["baseline"] = array_of(b);
-    columns["latest"] = array_of(l);
-    columns["loss"] = array_of(loss);
-    columns["share"] = array_of(share);
-    columns["rate"] = array_of(rate);
-    columns["minimum"] = array_of(limit);
-    columns["remaining_life"] = array_of(life);
-    return table(columns);
+    using Row = CompareRow;
+    return Columns<Row>{c.rows}
+        .add("id", [](const Row& r) { return r.id; })
+        .add("status", [](const Row& r) {
+            return std::string(r.status == Row::BOTH ? "both" : r.status == Row::BASELINE_ONLY ? "baseline only" : "latest only");
+        })
+        .add("baseline_text", [](const Row& r) { return r.baseline_text; })
+        .add("latest_text", [](const Row& r) { return r.latest_text; })
+        .add("baseline", [](const Row& r) { return r.baseline; })
+        .add("latest", [](const Row& r) { return r.latest; })
+        .add("loss", [](const Row& r) { return r.loss; })
+        .add("share", [](const Row& r) { return r.share; })
+        .add("rate", [](const Row& r) { return r.rate; })
+        .add("minimum", [](const Row& r) { return r.limit; })
+        .add("remaining_life", [](const Row& r) { return r.life; })
+        .done();
 }
 
 // ---------------------------------------------------------------- archive
@@ -469,10 +464,6 @@ struct Dates {
         return days == NO_DATE ? py::none() : from_ordinal(days + ORDINAL_OF_1970);
     }
 };
-
-py::object object_column(const py::list& items) {
-    return py::module_::import("numpy").attr("array")(items, py::arg("dtype") = "object");
-}
 
 struct PyArchive {
     Archive archive;
@@ -549,49 +540,26 @@ py::object surveys(PyArchive& a, const std::optional<std::string>& part) {
     std::vector<StoredSurvey> stored;
     a.run([&](std::string& why) { return archive_surveys(a.archive, part.value_or(""), stored, why); });
     const Dates date;
-    std::vector<std::int64_t> id, points, readings;
-    std::vector<std::string> part_name, file_name, type, instrument, model, first_id, last_id, walk, description,
-        inspector, location, sha256;
-    std::vector<bool> has_grid;
-    py::list dates;
-    for (const StoredSurvey& s : stored) {
-        id.push_back(s.id);
-        part_name.push_back(s.part);
-        dates.append(date(s.date));
-        file_name.push_back(s.file_name);
-        points.push_back(static_cast<std::int64_t>(s.points));
-        readings.push_back(static_cast<std::int64_t>(s.readings));
-        type.push_back(s.facts.file_type_name);
-        instrument.push_back(s.facts.instrument);
-        model.push_back(s.facts.model);
-        first_id.push_back(s.facts.first_id);
-        last_id.push_back(s.facts.last_id);
-        walk.push_back(s.facts.walk_pattern_name);
-        description.push_back(s.facts.description);
-        inspector.push_back(s.facts.inspector_id);
-        location.push_back(s.facts.location);
-        has_grid.push_back(s.facts.has_grid);
-        sha256.push_back(s.sha256);
-    }
-    py::dict columns;
-    columns["id"] = array_of(id);
-    columns["part"] = object_array(part_name);
-    columns["date"] = object_column(dates);
-    columns["file_name"] = object_array(file_name);
-    columns["points"] = array_of(points);
-    columns["readings"] = array_of(readings);
-    columns["file_type_name"] = object_array(type);
-    columns["instrument"] = object_array(instrument);
-    columns["model"] = object_array(model);
-    columns["first_id"] = object_array(first_id);
-    columns["last_id"] = object_array(last_id);
-    columns["walk_pattern_name"] = object_array(walk);
-    columns["description"] = object_array(description);
-    columns["inspector_id"] = object_array(inspector);
-    columns["location"] = object_array(location);
-    columns["has_grid"] = bools(has_grid);
-    columns["sha256"] = object_array(sha256);
-    return table(columns);
+    using Row = StoredSurvey;
+    return Columns<Row>{stored}
+        .add("id", [](const Row& s) { return s.id; })
+        .add("part", [](const Row& s) { return s.part; })
+        .add("date", [&](const Row& s) { return date(s.date); })
+        .add("file_name", [](const Row& s) { return s.file_name; })
+        .add("points", [](const Row& s) { return static_cast<std::int64_t>(s.points); })
+        .add("readings", [](const Row& s) { return static_cast<std::int64_t>(s.readings); })
+        .add("file_type_name", [](const Row& s) { return s.facts.file_type_name; })
+        .add("instrument", [](const Row& s) { return s.facts.instrument; })
+        .add("model", [](const Row& s) { return s.facts.model; })
+        .add("first_id", [](const Row& s) { return s.facts.first_id; })
+        .add("last_id", [](const Row& s) { return s.facts.last_id; })
+        .add("walk_pattern_name", [](const Row& s) { return s.facts.walk_pattern_name; })
+        .add("description", [](const Row& s) { return s.facts.description; })
+        .add("inspector_id", [](const Row& s) { return s.facts.inspector_id; })
+        .add("location", [](const Row& s) { return s.facts.location; })
+        .add("has_grid", [](const Row& s) { return s.facts.has_grid; })
+        .add("sha256", [](const Row& s) { return s.sha256; })
+        .done();
 }
 
 py::object readings(PyArchive& a, const std::string& part) {
@@ -604,40 +572,31 @@ py::object readings(PyArchive& a, const std::string& part) {
         }
         return 1;
     });
+    // A row a reading, with its survey's id and date (one date object for
+    // the survey's rows).
+    struct Reading {
+        std::int64_t survey;
+        py::object date;
+        const Point* point;
+    };
     const Dates date;
-    std::vector<std::int64_t> survey;
-    std::vector<std::string> id, txt, units;
-    std::vector<double> value;
-    std::vector<bool> empty, lost, velocity;
-    std::vector<std::int64_t> notes;
-    py::list dates;
+    std::vector<Reading> rows;
     for (std::size_t k = 0; k < stored.size(); ++k) {
-        const py::object day = date(stored[k].date);  // one object for the survey's rows
-        for (const Point& p : points[k]) {
-            survey.push_back(stored[k].id);
-            dates.append(day);
-            id.push_back(p.id);
-            value.push_back(p.value);
-            txt.push_back(p.text);
-            units.push_back(p.units);
-            empty.push_back(p.empty);
-            lost.push_back(p.lost);
-            velocity.push_back(p.velocity);
-            notes.push_back(p.notes);
-        }
+        const py::object day = date(stored[k].date);
+        for (const Point& p : points[k]) rows.push_back({stored[k].id, day, &p});
     }
-    py::dict columns;
-    columns["survey"] = array_of(survey);
-    columns["id"] = object_array(id);
-    columns["date"] = object_column(dates);
-    columns["value"] = array_of(value);
-    columns["text"] = object_array(txt);
-    columns["units"] = object_array(units);
-    columns["empty"] = bools(empty);
-    columns["lost"] = bools(lost);
-    columns["velocity"] = bools(velocity);
-    columns["notes"] = array_of(notes);
-    return table(columns);
+    return Columns<Reading>{rows}
+        .add("survey", [](const Reading& r) { return r.survey; })
+        .add("id", [](const Reading& r) { return r.point->id; })
+        .add("date", [](const Reading& r) { return r.date; })
+        .add("value", [](const Reading& r) { return r.point->value; })
+        .add("text", [](const Reading& r) { return r.point->text; })
+        .add("units", [](const Reading& r) { return r.point->units; })
+        .add("empty", [](const Reading& r) { return r.point->empty; })
+        .add("lost", [](const Reading& r) { return r.point->lost; })
+        .add("velocity", [](const Reading& r) { return r.point->velocity; })
+        .add("notes", [](const Reading& r) { return std::int64_t{r.point->notes}; })
+        .done();
 }
 
 py::object history(PyArchive& a, const std::string& part, std::optional<double> minimum, double max_interval,
@@ -650,72 +609,40 @@ py::object history(PyArchive& a, const std::string& part, std::optional<double> 
     History h;
     a.run([&](std::string& why) { return archive_history(a.archive, part, options, dated, h, why); });
     const Dates date;
-    std::vector<std::string> id, status, units, required_from, note;
-    std::vector<std::int64_t> count;
-    std::vector<double> first, previous, latest, long_term, short_term, least_squares, governing, required, life;
-    py::list first_date, previous_date, latest_date, retirement, next;
-    for (const HistoryRow& r : h.rows) {
-        id.push_back(r.id);
-        status.push_back(history_status_text(r.status));
-        count.push_back(static_cast<std::int64_t>(r.readings.size()));
-        first_date.append(date(r.first_date));
-        first.push_back(r.first);
-        previous_date.append(date(r.previous_date));
-        previous.push_back(r.previous);
-        latest_date.append(date(r.latest_date));
-        latest.push_back(r.latest);
-        units.push_back(h.units);
-        long_term.push_back(r.long_term_rate);
-        short_term.push_back(r.short_term_rate);
-        least_squares.push_back(r.least_squares_rate);
-        governing.push_back(r.governing_rate);
-        required.push_back(r.required);
-        required_from.push_back(r.required_from);
-        life.push_back(r.remaining_life);
-        retirement.append(date(r.retirement_date));
-        next.append(date(r.next_inspection));
-        note.push_back(history_note_text(h, r));
-    }
+    using Row = HistoryRow;
     // The columns of `ugf archive history`'s CSV, in its order.
-    py::dict columns;
-    columns["id"] = object_array(id);
-    columns["status"] = object_array(status);
-    columns["readings"] = array_of(count);
-    columns["first_date"] = object_column(first_date);
-    columns["first"] = array_of(first);
-    columns["previous_date"] = object_column(previous_date);
-    columns["previous"] = array_of(previous);
-    columns["latest_date"] = object_column(latest_date);
-    columns["latest"] = array_of(latest);
-    columns["units"] = object_array(units);
-    columns["long_term_rate"] = array_of(long_term);
-    columns["short_term_rate"] = array_of(short_term);
-    columns["least_squares_rate"] = array_of(least_squares);
-    columns["governing_rate"] = array_of(governing);
-    columns["required"] = array_of(required);
-    columns["required_from"] = object_array(required_from);
-    columns["remaining_life"] = array_of(life);
-    columns["retirement_date"] = object_column(retirement);
-    columns["next_inspection"] = object_column(next);
-    columns["note"] = object_array(note);
-    return table(columns);
+    return Columns<Row>{h.rows}
+        .add("id", [](const Row& r) { return r.id; })
+        .add("status", [](const Row& r) { return history_status_text(r.status); })
+        .add("readings", [](const Row& r) { return static_cast<std::int64_t>(r.readings.size()); })
+        .add("first_date", [&](const Row& r) { return date(r.first_date); })
+        .add("first", [](const Row& r) { return r.first; })
+        .add("previous_date", [&](const Row& r) { return date(r.previous_date); })
+        .add("previous", [](const Row& r) { return r.previous; })
+        .add("latest_date", [&](const Row& r) { return date(r.latest_date); })
+        .add("latest", [](const Row& r) { return r.latest; })
+        .add("units", [&](const Row&) { return h.units; })
+        .add("long_term_rate", [](const Row& r) { return r.long_term_rate; })
+        .add("short_term_rate", [](const Row& r) { return r.short_term_rate; })
+        .add("least_squares_rate", [](const Row& r) { return r.least_squares_rate; })
+        .add("governing_rate", [](const Row& r) { return r.governing_rate; })
+        .add("required", [](const Row& r) { return r.required; })
+        .add("required_from", [](const Row& r) { return r.required_from; })
+        .add("remaining_life", [](const Row& r) { return r.remaining_life; })
+        .add("retirement_date", [&](const Row& r) { return date(r.retirement_date); })
+        .add("next_inspection", [&](const Row& r) { return date(r.next_inspection); })
+        .add("note", [&](const Row& r) { return history_note_text(h, r); })
+        .done();
 }
 
 py::object minimums(PyArchive& a, const std::string& part) {
     std::vector<MinimumRow> rows;
     a.run([&](std::string& why) { return archive_minimums(a.archive, part, rows, why); });
-    std::vector<std::string> id, units;
-    std::vector<double> value;
-    for (const MinimumRow& r : rows) {
-        id.push_back(r.id);
-        value.push_back(r.value);
-        units.push_back(r.units);
-    }
-    py::dict columns;
-    columns["id"] = object_array(id);
-    columns["value"] = array_of(value);
-    columns["units"] = object_array(units);
-    return table(columns);
+    return Columns<MinimumRow>{rows}
+        .add("id", [](const MinimumRow& r) { return r.id; })
+        .add("value", [](const MinimumRow& r) { return r.value; })
+        .add("units", [](const MinimumRow& r) { return r.units; })
+        .done();
 }
 
 // A required thickness as `ugf archive minimums` takes it from a CSV line:
