@@ -690,11 +690,7 @@ std::filesystem::path get(PyArchive& a, std::int64_t id, const std::filesystem::
     std::filesystem::path target;
     a.run([&](std::string& why) {
         if (archive_file(a.archive, id, name, bytes, why) == 0) return 0;
-        // As `ugf archive get`: the stored name's last part, never a folder
-        // above out_dir.
-        name = name.substr(name.find_last_of("/\\") + 1);
-        if (name.empty() || name == "." || name == "..") name = "survey_" + std::to_string(id) + ".ugf";
-        target = out_dir / name;
+        target = out_dir / archive_file_out_name(id, name);
         return write_file_atomically(target.native(), bytes, false, why);
     });
     return target;

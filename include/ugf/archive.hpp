@@ -95,6 +95,11 @@ int archive_points(Archive& archive, std::int64_t survey_id, std::vector<Point>&
 int archive_file(Archive& archive, std::int64_t survey_id, std::string& name, std::string& bytes,
                  std::string& why);
 
+// The name a survey's file is written back under: the stored name's last
+// part (an archive written by hand may hold a path), or "survey_ID.ugf"
+// where that would name no file of a folder.
+std::string archive_file_out_name(std::int64_t survey_id, const std::string& stored_name);
+
 // Replaces the part's table of required thicknesses as a whole (an empty
 // table clears it). An identifier given twice, or a value that is not a
 // finite number, is refused and nothing changes.

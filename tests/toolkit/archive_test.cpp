@@ -93,6 +93,16 @@ TEST_F(ArchiveTest, KeepsEverythingOfASurveyAcrossOpenings) {
     EXPECT_TRUE(archive_check(archive, why)) << why;
 }
 
+TEST(ArchiveFileOutName, NeverAFolderAboveTheOneWrittenTo) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"tank4.ugf", "tank4.ugf"},       {"plant/2026/tank4.ugf", "tank4.ugf"},
+        {"C:\\2026\\tank4.ugf", "tank4.ugf"}, {"", "survey_7.ugf"},
+        {".", "survey_7.ugf"},            {"plant/..", "survey_7.ugf"},
+        {"plant/", "survey_7.ugf"},       {"..tank", "..tank"},
+    };
+    for (const auto& [stored, written] : cases) EXPECT_EQ(archive_file_out_name(7, stored), written) << stored;
+}
+
 TEST_F(ArchiveTest, ListsPartsThenDatesThenOrderOfAdding) {
     Archive archive;
     std::string why;

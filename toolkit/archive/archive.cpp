@@ -12,6 +12,7 @@
 #include <tuple>
 
 #include "archive/backend.h"
+#include "ugf/files.hpp"
 #include "ugf/history.hpp"
 
 namespace ugf::kit {
@@ -105,9 +106,7 @@ int archive_add(Archive& archive, const NewSurvey& survey, std::int64_t& id, std
         why = "the survey's date is out of range (years 1 to 9999)";
         return 0;
     }
-    const std::size_t cut = survey.file_name.find_last_of("/\\");
-    AddRequest request{survey, cut == std::string::npos ? survey.file_name : survey.file_name.substr(cut + 1),
-                       sha256_hex(survey.bytes), 0};
+    AddRequest request{survey, last_part(survey.file_name), sha256_hex(survey.bytes), 0};
     if (request.sha256.empty()) {
         why = "cannot compute the SHA-256 of the file";
         return 0;
@@ -159,6 +158,12 @@ int archive_file(Archive& archive, std::int64_t survey_id, std::string& name, st
     if (found) return 1;
     why = no_survey(survey_id);
     return 0;
+}
+
+std::string archive_file_out_name(std::int64_t survey_id, const std::string& stored_name) {
+    const std::string name = last_part(stored_name);
+    if (name.empty() || name == "." || name == "..") return "survey_" + std::to_string(survey_id) + ".ugf";
+    return name;
 }
 
 int archive_set_minimums(Archive& archive, const std::string& part, const std::vector<MinimumRow>& rows,

@@ -186,11 +186,7 @@ int run_report(const ArchiveCommand& c, Archive& archive) {
 int run_get(const ArchiveCommand& c, Archive& archive) {
     std::string name, bytes, why;
     if (archive_file(archive, c.id, name, bytes, why) == 0) return fail(why);
-    // The stored name is a last part already; an archive written by hand
-    // still never sends the file elsewhere.
-    name = last_part(name);
-    if (name.empty() || name == "." || name == "..") name = "survey_" + std::to_string(c.id) + ".ugf";
-    const std::string target = (c.out_dir.empty() ? "" : c.out_dir + "/") + name;
+    const std::string target = (c.out_dir.empty() ? "" : c.out_dir + "/") + archive_file_out_name(c.id, name);
     if (write_file_atomically(target, bytes, false, why) == 0) return fail(why);
     std::fprintf(stderr, "wrote survey %lld to %s\n", static_cast<long long>(c.id), target.c_str());
     return 0;

@@ -97,7 +97,7 @@ std::string trim_blanks(const std::string& text) {
 }
 
 std::string survey_name(const std::string& path) {
-    std::string name = path.substr(path.find_last_of("/\\") + 1);
+    std::string name = last_part(path);
     if (has_survey_extension(name)) name.resize(name.size() - 4);
     return name;
 }
