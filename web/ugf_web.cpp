@@ -219,9 +219,7 @@ val history(const val& chosen, const std::string& part, double minimum, double m
     if (make_history(part, dated, options, h, why) == 0) return failed(why);
     // The map is laid out as the latest survey's grids.
     PageSurvey* latest = by_id[h.surveys.back().id];
-    std::vector<Grid> grids;
-    if ((survey_facts(latest->survey).has_grid && survey_grids(latest->survey, grids, why) == 0) ||
-        history_page(h, dated, grids, page, why) == 0) {
+    if (history_page(h, dated, latest->survey, page, why) == 0) {
         return failed(latest->name + ": " + why);
     }
     result.set("points", static_cast<double>(h.rows.size()));

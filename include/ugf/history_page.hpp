@@ -26,6 +26,12 @@ inline constexpr std::size_t HISTORY_CHARTS = 6;
 int history_page(const History& history, const std::vector<DatedSurvey>& surveys,
                  const std::vector<Grid>& latest_grids, std::string& page, std::string& why);
 
+// The same with the map laid out as the grids of `latest`, the latest
+// survey open (as a profile where it has no grid); 0 (with `why`) also
+// where its grids can't be read.
+int history_page(const History& history, const std::vector<DatedSurvey>& surveys, Survey& latest,
+                 std::string& page, std::string& why);
+
 // The endings of a part's history outputs.
 inline constexpr const char* HISTORY_CSV_ENDING = "_history.csv";
 inline constexpr const char* HISTORY_PAGE_ENDING = "_history.html";

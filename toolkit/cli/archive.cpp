@@ -169,11 +169,9 @@ int run_report(const ArchiveCommand& c, Archive& archive) {
     // stored file.
     const std::int64_t latest = history.surveys.back().id;
     Survey survey;
-    std::vector<Grid> grids;
     if (archive_file(archive, latest, name, bytes, why) == 0) return fail(why);
     if (open_survey_memory(survey, reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size(), why) == 0 ||
-        (survey_facts(survey).has_grid && survey_grids(survey, grids, why) == 0) ||
-        history_page(history, surveys, grids, page, why) == 0) {
+        history_page(history, surveys, survey, page, why) == 0) {
         return fail("survey " + std::to_string(latest) + " (" + name + "): " + why);
     }
     const std::string target = (c.out_dir.empty() ? "" : c.out_dir + "/") + history_output_name(c.part, HISTORY_PAGE_ENDING);

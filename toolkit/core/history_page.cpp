@@ -354,6 +354,13 @@ int history_page(const History& h, const std::vector<DatedSurvey>& surveys, cons
     return 1;
 }
 
+int history_page(const History& history, const std::vector<DatedSurvey>& surveys, Survey& latest,
+                 std::string& page, std::string& why) {
+    std::vector<Grid> grids;
+    if (survey_facts(latest).has_grid && survey_grids(latest, grids, why) == 0) return 0;
+    return history_page(history, surveys, grids, page, why);
+}
+
 std::string history_output_name(const std::string& part, const std::string& ending) {
     std::string name = part;
     for (char& ch : name) {
